@@ -1,0 +1,53 @@
+#include "shell/stderr_frontend.h"
+
+#include <string>
+
+#include "image/progress.h"
+
+namespace lv {
+
+namespace {
+
+constexpr int32_t kBarWidth = 30;
+
+}  // namespace
+
+void StderrFrontEnd::Draw(const ProgressBox& box, const char* timeText)
+{
+    const int32_t filled = ProgressBarPixel(box, box.current, 0, kBarWidth);
+    std::string bar(static_cast<size_t>(filled), '#');
+    bar.append(static_cast<size_t>(kBarWidth - filled), '.');
+    std::fprintf(stream_, "\r%s [%s] %s", box.title.c_str(), bar.c_str(), timeText);
+    std::fflush(stream_);
+    ++redraws_;
+}
+
+void StderrFrontEnd::ProgressShow(const ProgressBox& box)
+{
+    // ProgressStep of the first value asks for the whole box again; the bar
+    // is already on the line, so it is drawn once only.
+    if (shown_) return;
+    shown_ = true;
+    Draw(box, "");
+}
+
+void StderrFrontEnd::ProgressTime(const ProgressBox& box, const std::string& text)
+{
+    Draw(box, text.c_str());
+}
+
+void StderrFrontEnd::ProgressHide(const ProgressBox& box)
+{
+    (void)box;
+    if (shown_) std::fputc('\n', stream_);
+    shown_ = false;
+}
+
+int32_t StderrFrontEnd::MessageBox(const std::string& caption, int32_t mode,
+                                   const std::string& text)
+{
+    std::fprintf(stream_, "%s: %s\n", caption.c_str(), text.c_str());
+    return FrontEnd::MessageBox(caption, mode, text);
+}
+
+}  // namespace lv
