@@ -218,12 +218,7 @@ int32_t ImageCopyRect(const Image& source, int32_t x0, int32_t y0, int32_t x1, i
         const uint8_t* in = source.rows[y];
         uint8_t* out = destination.rows[y - y0];
         if (source.kind == kImageBinary) {
-            for (int32_t x = x0; x <= x1; ++x) {
-                if (GetBit(in, x))
-                    SetBit(out, x - x0);
-                else
-                    ClearBit(out, x - x0);
-            }
+            for (int32_t x = x0; x <= x1; ++x) PutBit(out, x - x0, GetBit(in, x));
         } else {
             const int32_t bpp = BytesPerPixel(source.kind);
             CopyBytes(in + static_cast<size_t>(x0) * bpp, out,
@@ -240,12 +235,7 @@ void ImageShiftLeft(Image& image, int32_t n)
     for (int32_t y = 0; y < image.height; ++y) {
         uint8_t* row = image.rows[y];
         if (image.kind == kImageBinary) {
-            for (int32_t x = 0; x < image.width - n; ++x) {
-                if (GetBit(row, x + n))
-                    SetBit(row, x);
-                else
-                    ClearBit(row, x);
-            }
+            for (int32_t x = 0; x < image.width - n; ++x) PutBit(row, x, GetBit(row, x + n));
         } else {
             // The row's padding moves with the pixels.
             const int64_t shift = static_cast<int64_t>(n) * BytesPerPixel(image.kind);
@@ -263,12 +253,7 @@ void ImageShiftRight(Image& image, int32_t n)
     for (int32_t y = 0; y < image.height; ++y) {
         uint8_t* row = image.rows[y];
         if (image.kind == kImageBinary) {
-            for (int32_t x = image.width - 1; x >= n; --x) {
-                if (GetBit(row, x - n))
-                    SetBit(row, x);
-                else
-                    ClearBit(row, x);
-            }
+            for (int32_t x = image.width - 1; x >= n; --x) PutBit(row, x, GetBit(row, x - n));
         } else {
             const int64_t shift = static_cast<int64_t>(n) * BytesPerPixel(image.kind);
             if (shift < image.stride)

@@ -264,10 +264,7 @@ void LineOutputFlush(LineOutput& output)
     if (tables) ThroughTables(*output.tables, output.row.get(), lastPixel + 1);
     if (image.kind == kImageBinary) {
         for (int32_t c = output.x0; c <= output.x1; ++c) {
-            if (GetBit(src, std::min((c - output.x0) / rep, image.width - 1)))
-                SetBit(dest, c);
-            else
-                ClearBit(dest, c);
+            PutBit(dest, c, GetBit(src, std::min((c - output.x0) / rep, image.width - 1)));
         }
     } else {
         const int32_t bpp = image.kind == kImageColor ? 3 : 1;

@@ -47,6 +47,15 @@ inline void FlipBit(uint8_t* row, int32_t x)
     row[x >> 3] ^= static_cast<uint8_t>(0x80 >> (x & 7));
 }
 
+// Sets or clears bit x as `bit` says.
+inline void PutBit(uint8_t* row, int32_t x, int32_t bit)
+{
+    if (bit)
+        SetBit(row, x);
+    else
+        ClearBit(row, x);
+}
+
 // The byte copy of the whole program, source first; overlapping ranges are
 // safe.
 inline void CopyBytes(const void* source, void* destination, size_t count)

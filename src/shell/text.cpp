@@ -265,7 +265,7 @@ std::string ConfigFilePath(std::string_view name)
     std::string base;
     const char* config = std::getenv("XDG_CONFIG_HOME");
     const char* home = std::getenv("HOME");
-    // The base directory specification ignores a relative XDG_CONFIG_HOME.
+    // A relative XDG_CONFIG_HOME is not a configuration home; it is ignored.
     if (config && config[0] == '/') {
         base = config;
     } else if (home && *home) {
