@@ -14,6 +14,8 @@
 namespace lv {
 
 struct ProgressBox;
+struct ImageWindow;
+using WindowHandle = const void*;
 
 enum class Cursor : int32_t { Arrow, Wait };
 
@@ -55,6 +57,22 @@ public:
     // A message box; returns one of BoxAnswer. The silent front end answers
     // as if the first button had been pressed (OK or Yes).
     virtual int32_t MessageBox(const std::string& caption, int32_t mode, const std::string& text);
+
+    // Delivers a private message (1058 image changed, 1063 renamed, 1066 view
+    // changed, ...) to a window, saying which image window it is about.
+    virtual void SendToWindow(WindowHandle to, int32_t message, WindowHandle about)
+    {
+        (void)to, (void)message, (void)about;
+    }
+
+    // The pixels of the inclusive rectangle (image coordinates, bottom-up) of
+    // a window's image changed behind its back (an undo): the front end
+    // refreshes that part of the display copy and repaints it.
+    virtual void ImageRegionChanged(ImageWindow& record, int32_t x0, int32_t y0, int32_t x1,
+                                    int32_t y1)
+    {
+        (void)record, (void)x0, (void)y0, (void)x1, (void)y1;
+    }
 
     // Milliseconds from any fixed origin; the progress box measures time
     // left with it. Tests replace it with a scripted clock.

@@ -10,6 +10,18 @@
 
 namespace lv {
 
+Preferences& CurrentPreferences()
+{
+    static Preferences preferences;
+    return preferences;
+}
+
+SessionState& CurrentState()
+{
+    static SessionState state;
+    return state;
+}
+
 bool MemoryStore::Get(std::string_view group, std::string_view key, std::string& value) const
 {
     auto g = groups.find(group);

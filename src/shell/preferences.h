@@ -69,6 +69,12 @@ struct SessionState {
     bool operator==(const SessionState&) const = default;
 };
 
+// The live preferences and session state of this run, read at start-up
+// and edited by the Preferences panel; engine rules (border width, undo
+// levels, the close question) read them here.
+Preferences& CurrentPreferences();
+SessionState& CurrentState();
+
 // Resets `preferences` to the defaults, then takes every readable value of
 // the "Preferences" group. A missing group, a missing value or an unreadable
 // number leaves the default.

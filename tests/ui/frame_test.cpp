@@ -1,25 +1,241 @@
-// The editor's frame on the offscreen platform.
+// The editor's frame on the offscreen platform: start-up, the enable rules
+// at dispatch, zoom and its titles, scrolling, closing with the save
+// question, the progress box stopping a job, and what a window paints.
 #include <QMdiArea>
+#include <QPushButton>
+#include <cstring>
+#include <QScrollBar>
+#include <QTimer>
 #include <QtTest>
 
+#include "image/display.h"
+#include "image/ui/image_window.h"
+#include "image/window.h"
+#include "shell/commands.h"
+#include "shell/errors.h"
+#include "shell/preferences.h"
 #include "shell/tables.h"
 #include "shell/ui/main_window.h"
+#include "shell/ui/message_box.h"
+#include "shell/ui/metrics.h"
+#include "shell/ui/progress_box.h"
+#include "shell/ui/qt_frontend.h"
+#include "shell/ui/workspace.h"
+#include "synthesis/test_card.h"
+
+using namespace lv;
 
 class FrameTest : public QObject {
     Q_OBJECT
 
-private slots:
-    void initTestCase() { lv::InitEngineTables(); }
-
-    void opensAsAnEmptyWorkspaceTitledWithTheProgram()
+private:
+    std::unique_ptr<MainWindow> frame_;
+    std::unique_ptr<QtFrontEnd> frontEnd_;
+    QStringList boxes_;                 // "caption|text" of every message box
+    QList<int32_t> answers_;            // answers to give, in order; OK/Yes after
+    ImageSubWindow* NewCard(int32_t kind, int32_t width, int32_t height)
     {
-        lv::MainWindow frame;
-        frame.showMaximized();
-        QVERIFY(QTest::qWaitForWindowExposed(&frame));
-        QCOMPARE(frame.windowTitle(), QStringLiteral("Lumivue 2.0"));
-        QCOMPARE(frame.centralWidget(), frame.workspace());
-        QVERIFY(frame.workspace()->subWindowList().isEmpty());
-        QCOMPARE(frame.workspace()->background().color(), QColor(64, 64, 64));
+        Image card;
+        if (MakeTestCard(card, kind, width, height) != 0) return nullptr;
+        if (frame_->ShowNewImage(std::move(card), QString()) != 0) return nullptr;
+        return frame_->ActiveImage();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        InitEngineTables();
+        PoolInit();
+        InitMetrics();
+        uint8_t identity[256];
+        for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
+        DisplayTablesSet(identity, identity, identity);
+        SetMessageBoxAnswerer([this](const QString& caption, int32_t mode, const QString& text) {
+            boxes_.push_back(caption + "|" + text);
+            if (!answers_.isEmpty()) return answers_.takeFirst();
+            return mode == kBoxYesNo || mode == kBoxYesNoCancel ? int32_t{kAnswerYes}
+                                                                : int32_t{kAnswerOk};
+        });
+    }
+
+    void init()
+    {
+        boxes_.clear();
+        answers_.clear();
+        frame_ = std::make_unique<MainWindow>();
+        frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
+        InstallFrontEnd(frontEnd_.get());
+        frame_->resize(1200, 900);
+        frame_->show();
+        QVERIFY(QTest::qWaitForWindowExposed(frame_.get()));
+    }
+
+    void cleanup()
+    {
+        frame_->CloseAllWindows();
+        InstallFrontEnd(nullptr);
+        frontEnd_.reset();
+        frame_.reset();
+        SetDisplayMode(kDisplayTrueColor);
+    }
+
+    void startsWithTheSplashUntilAClick()
+    {
+        QCOMPARE(frame_->windowTitle(), QStringLiteral("Lumivue 2.0"));
+        frame_->workspace()->ShowSplash();
+        QVERIFY(frame_->workspace()->splashShown());
+        QTest::mouseClick(frame_->workspace()->viewport(), Qt::LeftButton);
+        QVERIFY(!frame_->workspace()->splashShown());
+    }
+
+    void greyedCommandsAreRefusedEvenByTheirKeys()
+    {
+        // No window: Info, Negative and zoom are grey and refused.
+        QVERIFY(!frame_->Dispatch(kCmdInfo));
+        QVERIFY(!frame_->Dispatch(kCmdNegative));
+        QVERIFY(!frame_->Dispatch(kCmdZoomIn));
+        // Commands whose modules are not built yet are refused too.
+        QVERIFY(!frame_->Dispatch(4050));
+        // Ctrl+W reaches dispatch and is refused: no dialog opens.
+        bool dialogSeen = false;
+        QTimer::singleShot(300, [&] {
+            if (QWidget* modal = QApplication::activeModalWidget()) {
+                dialogSeen = true;
+                modal->close();
+            }
+        });
+        QTest::keyClick(frame_.get(), Qt::Key_W, Qt::ControlModifier);
+        QTest::qWait(400);
+        QVERIFY(!dialogSeen);
+        // The menu greys it as well.
+        frame_->UpdateMenus();
+        QVERIFY(!frame_->action(kCmdInfo)->isEnabled());
+        QVERIFY(frame_->action(kCmdExit)->isEnabled());
+    }
+
+    void zoomCommandsShowTheirRatioInTheTitle()
+    {
+        ImageSubWindow* w = NewCard(kImageColor, 300, 200);
+        QVERIFY(w);
+        QVERIFY(w->windowTitle().endsWith(QStringLiteral(" (1:1)")));
+        QVERIFY(w->windowTitle().startsWith(QStringLiteral("Untitled ")));
+        QVERIFY(frame_->Dispatch(kCmdZoomOut));
+        QVERIFY(w->windowTitle().endsWith(QStringLiteral(" (1:2)")));
+        QCOMPARE(w->record().display.width, 150);
+        QVERIFY(frame_->Dispatch(kCmdZoomIn));
+        QVERIFY(frame_->Dispatch(kCmdZoomInResize));
+        QVERIFY(w->windowTitle().endsWith(QStringLiteral(" (2:1)")));
+        QCOMPARE(w->record().zoom, 2);
+        QVERIFY(frame_->Dispatch(kCmdZoomActual));
+        QCOMPARE(w->record().zoom, 1);
+    }
+
+    void scrollingKeepsWholePixelsAndTheDisplayRight()
+    {
+        ImageSubWindow* w = NewCard(kImageColor, 900, 700);
+        QVERIFY(w);
+        w->resize(400, 300);
+        w->ZoomSet(3, false);
+        ImageWindow& r = w->record();
+        QVERIFY(r.scrollRangeX > 0 && r.scrollRangeY > 0);
+        w->view()->setFocus();
+        QTest::keyClick(w->view(), Qt::Key_Right);
+        QTest::keyClick(w->view(), Qt::Key_Down);
+        QTest::keyClick(w->view(), Qt::Key_PageDown);
+        QVERIFY(r.viewLeft > 0);
+        QVERIFY(r.viewTop > 0);
+        QCOMPARE(r.viewLeft % 3, 0);
+        QCOMPARE(r.viewTop % 3, 0);
+        QCOMPARE(w->view()->horizontalScrollBar()->value(), r.viewLeft);
+        // The shifted display with its new strip equals one built afresh.
+        Image scrolled;
+        QCOMPARE(ImageDuplicate(r.display, scrolled), 0);
+        QCOMPARE(DisplayUpdateAll(r, nullptr), 0);
+        for (int32_t y = 0; y < scrolled.height; ++y)
+            QVERIFY2(std::memcmp(scrolled.rows[y], r.display.rows[y],
+                                 static_cast<size_t>(scrolled.width) * 3) == 0,
+                     qPrintable(QStringLiteral("display row %1 differs").arg(y)));
+        QTest::keyClick(w->view(), Qt::Key_End, Qt::ControlModifier);
+        QCOMPARE(r.viewLeft, r.scrollRangeX - r.scrollRangeX % 3);
+    }
+
+    void closingAsksAboutAModifiedPictureAndHonoursLocks()
+    {
+        ImageSubWindow* w = NewCard(kImageGray, 64, 48);
+        QVERIFY(w);
+        w->record().modified = true;
+        QPointer<ImageSubWindow> alive(w);
+        answers_ = {kAnswerCancel};
+        w->close();
+        QVERIFY(alive);
+        QCOMPARE(boxes_.size(), 1);
+        QCOMPARE(boxes_[0], QStringLiteral("Warning|Save Modified Image: %1?").arg(w->windowTitle()));
+
+        // A panel that reads the window keeps it open.
+        int panel = 0;
+        QCOMPARE(UserAdd(&panel, w->handle(), "Brightness", true), 0);
+        w->close();
+        QVERIFY(alive);
+        QCOMPARE(boxes_.last(), QStringLiteral("Error|Window in use by Brightness - Cannot close"));
+        UserRemove(&panel, w->handle());
+
+        answers_ = {kAnswerNo};
+        w->close();
+        QTest::qWait(50);
+        QVERIFY(!alive);
+    }
+
+    void progressBoxCancelStopsNegativeAndDropsItsWindow()
+    {
+        ImageSubWindow* w = NewCard(kImageColor, 1500, 1200);
+        QVERIFY(w);
+        const int before = frame_->workspace()->subWindowList().size();
+        qputenv("LUMIVUE_SLOW_JOBS", "2");
+        bool boxSeen = false;
+        QTimer::singleShot(200, [&] {
+            ProgressWindow* box = frontEnd_->progressWindow();
+            if (!box) return;
+            boxSeen = box->mdiArea() == frame_->workspace() &&
+                      box->windowTitle() == QStringLiteral("Negative");
+            QTest::mouseClick(box->cancelButton(), Qt::LeftButton);
+        });
+        QVERIFY(frame_->Dispatch(kCmdNegative));
+        qunsetenv("LUMIVUE_SLOW_JOBS");
+        QVERIFY(boxSeen);
+        QCOMPARE(boxes_.last(), QStringLiteral("Attention|Operation Aborted"));
+        QTest::qWait(50);
+        QCOMPARE(frame_->workspace()->subWindowList().size(), before);
+        QVERIFY(!frontEnd_->progressWindow());
+    }
+
+    void paintsTheDisplayColoursInBothModes()
+    {
+        ImageSubWindow* w = NewCard(kImageColor, 120, 90);
+        QVERIFY(w);
+        QTest::qWait(20);
+        const ImageWindow& r = w->record();
+        QImage shot = w->view()->viewport()->grab().toImage();
+        // Row 0 of the display is the bottom of the picture on screen.
+        for (const QPoint p : {QPoint(5, 5), QPoint(60, 30), QPoint(100, 80)}) {
+            const uint8_t* px = r.display.rows[r.display.height - 1 - p.y()] + p.x() * 3;
+            QCOMPARE(shot.pixelColor(r.originX + p.x(), r.originY + p.y()),
+                     QColor(px[2], px[1], px[0]));
+        }
+
+        // Palette mode: every painted pixel is one of the 236 palette colours
+        // and the dither follows the rule for its row and column.
+        SetDisplayMode(kDisplayPalette);
+        w->view()->viewport()->repaint();
+        shot = w->view()->viewport()->grab().toImage();
+        const std::vector<uint32_t>& palette = ScreenPalette();
+        for (const QPoint p : {QPoint(3, 7), QPoint(61, 30), QPoint(110, 85)}) {
+            const int32_t row = r.display.height - 1 - p.y();
+            std::vector<uint8_t> indices(static_cast<size_t>(r.display.width));
+            DitherColorRow(r.display.rows[row], r.display.width, row, indices.data());
+            const uint32_t c = palette[indices[static_cast<size_t>(p.x())]];
+            QCOMPARE(shot.pixelColor(r.originX + p.x(), r.originY + p.y()),
+                     QColor((c >> 16) & 255, (c >> 8) & 255, c & 255));
+        }
     }
 };
 

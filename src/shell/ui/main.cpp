@@ -1,16 +1,17 @@
 // lumivue: the editor.
 #include <QApplication>
+#include <QScreen>
 
-#include "shell/tables.h"
-#include "shell/ui/main_window.h"
+#include "shell/ui/app.h"
 
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setOrganizationName("Meridane");
     QApplication::setApplicationName("Lumivue");
-    lv::InitEngineTables();
-    lv::MainWindow frame;
-    frame.showMaximized();
-    return QApplication::exec();
+    lv::Application editor;
+    if (!editor.Start(QApplication::arguments())) return 0;
+    const int result = QApplication::exec();
+    editor.Shutdown();
+    return result;
 }

@@ -1,0 +1,35 @@
+// The keyboard rules of panels, as one application event filter: Tab and
+// Shift+Tab move among a panel's own controls and never leave it, Escape
+// cancels the panel, and Enter accepts it unless a multi-line text box has
+// the focus. A panel is a workspace child whose "lvWindowKind" property is 3
+// or more; it receives the keys as private messages 1059 to 1062.
+#pragma once
+
+#include <QObject>
+
+class QMdiArea;
+
+namespace lv {
+
+enum PanelMessage : int32_t {
+    kMsgPanelTab = 1059,
+    kMsgPanelBackTab = 1060,
+    kMsgPanelCancel = 1061,
+    kMsgPanelAccept = 1062,
+};
+
+// Cleared by panels while one of their multi-line text boxes has the focus.
+extern bool enterAccepts;
+
+class PanelKeyFilter : public QObject {
+public:
+    explicit PanelKeyFilter(QMdiArea* workspace);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QMdiArea* workspace_;
+};
+
+}  // namespace lv

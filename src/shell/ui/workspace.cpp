@@ -1,0 +1,121 @@
+#include "shell/ui/workspace.h"
+
+#include <QLinearGradient>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QtGlobal>
+#include <cmath>
+
+#include "image/ui/display_painter.h"
+#include "shell/preferences.h"
+#include "shell/ui/metrics.h"
+#include "shell/version.h"
+
+namespace lv {
+
+namespace {
+
+constexpr int kSplashWidth = 300, kSplashHeight = 254;
+constexpr int kCreditWidth = 300, kCreditHeight = 60;
+
+// The splash art: an aperture of six blades over an evening sky, and the
+// program's name.
+void PaintSplash(QPainter& p, const QRect& r)
+{
+    QLinearGradient sky(r.topLeft(), r.bottomLeft());
+    sky.setColorAt(0.0, QColor(24, 38, 74));
+    sky.setColorAt(0.65, QColor(196, 104, 64));
+    sky.setColorAt(1.0, QColor(238, 186, 110));
+    p.fillRect(r, sky);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QPointF centre(r.center().x(), r.top() + 100);
+    const double outer = 62, inner = 24;
+    for (int blade = 0; blade < 6; ++blade) {
+        const double a = blade * M_PI / 3.0, b = a + M_PI / 3.0;
+        QPainterPath path;
+        path.moveTo(centre + QPointF(std::cos(a) * inner, std::sin(a) * inner));
+        path.lineTo(centre + QPointF(std::cos(a) * outer, std::sin(a) * outer));
+        path.lineTo(centre + QPointF(std::cos(b) * outer, std::sin(b) * outer));
+        path.lineTo(centre + QPointF(std::cos(b + 0.35) * inner, std::sin(b + 0.35) * inner));
+        path.closeSubpath();
+        p.fillPath(path, QColor(20, 20, 24, 200 - blade * 12));
+        p.setPen(QPen(QColor(250, 230, 200), 1.2));
+        p.drawPath(path);
+    }
+    p.setPen(QColor(255, 248, 235));
+    QFont title = Metrics().fontSystem;
+    title.setPixelSize(34);
+    title.setBold(true);
+    p.setFont(title);
+    p.drawText(QRect(r.left(), r.top() + 170, r.width(), 44), Qt::AlignCenter,
+               QStringLiteral("Lumivue 2.0"));
+    QFont line = Metrics().fontSystem;
+    line.setPixelSize(13);
+    p.setFont(line);
+    p.drawText(QRect(r.left(), r.top() + 212, r.width(), 20), Qt::AlignCenter,
+               QStringLiteral("An image editor for photographers"));
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(QColor(20, 20, 24));
+    p.drawRect(r.adjusted(0, 0, -1, -1));
+}
+
+void PaintCredit(QPainter& p, const QRect& r)
+{
+    p.fillRect(r, QColor(236, 232, 224));
+    p.setPen(QColor(20, 20, 24));
+    p.drawRect(r.adjusted(0, 0, -1, -1));
+    p.setFont(Metrics().fontSystem);
+    p.drawText(r.adjusted(8, 4, -8, -4), Qt::AlignCenter | Qt::TextWordWrap,
+               QStringLiteral("Built with ") + LinkedLibraries());
+}
+
+}  // namespace
+
+QString LinkedLibraries() { return QStringLiteral("Qt %1").arg(QString::fromLatin1(qVersion())); }
+
+Workspace::Workspace(QWidget* parent) : QMdiArea(parent) { UpdateBackground(); }
+
+void Workspace::UpdateBackground()
+{
+    const Preferences& p = CurrentPreferences();
+    setBackground(DisplayQColor(p.workspaceColor[0], p.workspaceColor[1], p.workspaceColor[2]));
+    viewport()->update();
+}
+
+void Workspace::ShowSplash()
+{
+    splashShown_ = true;
+    viewport()->update();
+}
+
+void Workspace::HideSplash()
+{
+    if (!splashShown_) return;
+    splashShown_ = false;
+    viewport()->update();
+}
+
+void Workspace::paintEvent(QPaintEvent* event)
+{
+    QMdiArea::paintEvent(event);
+    if (!splashShown_) return;
+    QPainter p(viewport());
+    const QRect area = viewport()->rect();
+    PaintSplash(p, QRect(area.center().x() - kSplashWidth / 2,
+                         area.center().y() - kSplashHeight / 2, kSplashWidth, kSplashHeight));
+    const int m = Metrics().margin;
+    PaintCredit(p, QRect(area.right() - m - kCreditWidth + 1, area.bottom() - m - kCreditHeight + 1,
+                         kCreditWidth, kCreditHeight));
+}
+
+bool Workspace::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::MouseButtonPress && splashShown_) {
+        HideSplash();
+        return true;
+    }
+    return QMdiArea::viewportEvent(event);
+}
+
+}  // namespace lv

@@ -1,0 +1,33 @@
+// The frame's workspace: the MDI area that holds image windows, previews,
+// panels and the progress box. It paints its background in the preferred
+// colour through the display tables, and the splash until the first click
+// or menu.
+#pragma once
+
+#include <QMdiArea>
+
+namespace lv {
+
+class Workspace : public QMdiArea {
+public:
+    explicit Workspace(QWidget* parent = nullptr);
+
+    void ShowSplash();
+    void HideSplash();
+    bool splashShown() const { return splashShown_; }
+    // Takes the workspace colour of the preferences again.
+    void UpdateBackground();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+
+private:
+    bool splashShown_ = false;
+};
+
+// The libraries this build is linked with, for the splash credit line and
+// the About box: "Qt 6.4.2", ...
+QString LinkedLibraries();
+
+}  // namespace lv
