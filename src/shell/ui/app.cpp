@@ -40,9 +40,9 @@ bool Application::Start(const QStringList& arguments)
     StateLoad(*store_, CurrentPreferences().recentCount, CurrentState());
 
     std::string palette;
-    const bool paletteRequested = qEnvironmentVariable("LUMIVUE_PALETTE") == QLatin1String("1") ||
-                                  (store_->Get(kPreferencesGroup, "palettemode", palette) &&
-                                   palette == "yes");
+    const bool paletteRequested =
+        qEnvironmentVariable("LUMIVUE_PALETTE") == QLatin1String("1") ||
+        (store_->Get(kPreferencesGroup, "palettemode", palette) && palette == "yes");
     InitDisplay(paletteRequested);
     uint8_t identity[256];
     for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
@@ -50,11 +50,16 @@ bool Application::Start(const QStringList& arguments)
     PoolInit();
     InitMetrics();
 
+    QApplication::setWindowIcon(ProgramIcon());
     frame_ = std::make_unique<MainWindow>();
     frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
     InstallFrontEnd(frontEnd_.get());
     keyFilter_ = std::make_unique<PanelKeyFilter>(frame_->workspace());
     qApp->installEventFilter(keyFilter_.get());
+    // Always maximised, whatever the window manager (or the lack of one)
+    // would do with the request alone.
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        frame_->setGeometry(screen->availableGeometry());
     frame_->showMaximized();
 
     // One optional argument: a picture to open, and then no splash. Until
@@ -68,7 +73,8 @@ bool Application::Start(const QStringList& arguments)
         Image card;
         int32_t code = kErrOutOfMemory;
         if (size.hasMatch())
-            code = MakeTestCard(card, kImageColor, size.captured(1).toInt(), size.captured(2).toInt());
+            code =
+                MakeTestCard(card, kImageColor, size.captured(1).toInt(), size.captured(2).toInt());
         if (!code) code = frame_->ShowNewImage(std::move(card), QString());
         ReportError(code);
     } else {

@@ -1,9 +1,11 @@
 #include "shell/ui/workspace.h"
 
+#include <QIcon>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPixmap>
 #include <QtGlobal>
 #include <cmath>
 
@@ -21,16 +23,9 @@ constexpr int kCreditWidth = 300, kCreditHeight = 60;
 
 // The splash art: an aperture of six blades over an evening sky, and the
 // program's name.
-void PaintSplash(QPainter& p, const QRect& r)
+// Six blades round an opening, drawn into a square of side `outer` * 2.
+void PaintAperture(QPainter& p, QPointF centre, double outer, double inner, QColor line)
 {
-    QLinearGradient sky(r.topLeft(), r.bottomLeft());
-    sky.setColorAt(0.0, QColor(24, 38, 74));
-    sky.setColorAt(0.65, QColor(196, 104, 64));
-    sky.setColorAt(1.0, QColor(238, 186, 110));
-    p.fillRect(r, sky);
-    p.setRenderHint(QPainter::Antialiasing);
-    const QPointF centre(r.center().x(), r.top() + 100);
-    const double outer = 62, inner = 24;
     for (int blade = 0; blade < 6; ++blade) {
         const double a = blade * M_PI / 3.0, b = a + M_PI / 3.0;
         QPainterPath path;
@@ -40,9 +35,20 @@ void PaintSplash(QPainter& p, const QRect& r)
         path.lineTo(centre + QPointF(std::cos(b + 0.35) * inner, std::sin(b + 0.35) * inner));
         path.closeSubpath();
         p.fillPath(path, QColor(20, 20, 24, 200 - blade * 12));
-        p.setPen(QPen(QColor(250, 230, 200), 1.2));
+        p.setPen(QPen(line, outer / 50.0));
         p.drawPath(path);
     }
+}
+
+void PaintSplash(QPainter& p, const QRect& r)
+{
+    QLinearGradient sky(r.topLeft(), r.bottomLeft());
+    sky.setColorAt(0.0, QColor(24, 38, 74));
+    sky.setColorAt(0.65, QColor(196, 104, 64));
+    sky.setColorAt(1.0, QColor(238, 186, 110));
+    p.fillRect(r, sky);
+    p.setRenderHint(QPainter::Antialiasing);
+    PaintAperture(p, QPointF(r.center().x(), r.top() + 100), 62, 24, QColor(250, 230, 200));
     p.setPen(QColor(255, 248, 235));
     QFont title = Metrics().fontSystem;
     title.setPixelSize(34);
@@ -71,6 +77,19 @@ void PaintCredit(QPainter& p, const QRect& r)
 }
 
 }  // namespace
+
+QIcon ProgramIcon()
+{
+    QPixmap pixmap(64, 64);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setBrush(QColor(196, 104, 64));
+    p.setPen(Qt::NoPen);
+    p.drawEllipse(QRectF(1, 1, 62, 62));
+    PaintAperture(p, QPointF(32, 32), 28, 10, QColor(250, 230, 200));
+    return QIcon(pixmap);
+}
 
 QString LinkedLibraries() { return QStringLiteral("Qt %1").arg(QString::fromLatin1(qVersion())); }
 

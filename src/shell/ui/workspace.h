@@ -4,6 +4,7 @@
 // or menu.
 #pragma once
 
+#include <QIcon>
 #include <QMdiArea>
 
 namespace lv {
@@ -29,5 +30,8 @@ private:
 // The libraries this build is linked with, for the splash credit line and
 // the About box: "Qt 6.4.2", ...
 QString LinkedLibraries();
+
+// The program's icon: the aperture of the splash.
+QIcon ProgramIcon();
 
 }  // namespace lv
