@@ -298,8 +298,8 @@ void Render(const Rule& rule, const Image& image, const Image* mask, Image& disp
             CopySpan(display, lastRendered, r, map.x0, map.x1);
             continue;
         }
-        RenderRow(rule, image.rows[row], mask ? mask->rows[row] : nullptr, display.rows[r],
-                  map.x0, map.runs);
+        RenderRow(rule, image.rows[row], mask ? mask->rows[row] : nullptr, display.rows[r], map.x0,
+                  map.runs);
         lastRow = row;
         lastRendered = r;
     }

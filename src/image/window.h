@@ -28,7 +28,7 @@ struct ImageWindow {
     int32_t sourceLeft = 0, sourceTop = 0, sourceRight = 0, sourceBottom = 0;
     // The visible rectangle in zoomed pixels: the scroll positions and far edges.
     int32_t viewLeft = 0, viewTop = 0, viewRight = 0, viewBottom = 0;
-    int32_t viewWidth = 0, viewHeight = 0;        // size of `display` in screen pixels
+    int32_t viewWidth = 0, viewHeight = 0;       // size of `display` in screen pixels
     int32_t scrollRangeX = 0, scrollRangeY = 0;  // 0 when no scroll bar is needed
     int32_t originX = 0, originY = 0;            // where `display` stands in the client area
     bool free = true;

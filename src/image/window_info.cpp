@@ -41,8 +41,14 @@ const char* FileFormatName(int32_t fileType, bool* showsDate)
     case 11: name = "PNG"; break;
     case 8:
     case 9:
-    case 10: name = "Photo CD"; date = false; break;
-    case -1: name = "PhotoCD"; date = false; break;
+    case 10:
+        name = "Photo CD";
+        date = false;
+        break;
+    case -1:
+        name = "PhotoCD";
+        date = false;
+        break;
     default: date = false; break;
     }
     if (showsDate) *showsDate = date;

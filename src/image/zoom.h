@@ -124,6 +124,6 @@ void NextWindowPosition(bool hasModel, int32_t modelX, int32_t modelY, const Zoo
 // Cascade: the positions of `count` windows, for the windows taken from the
 // last to the first; sizes are not changed.
 std::vector<std::pair<int32_t, int32_t>> CascadePositions(int32_t count,
-                                                           const ZoomMetrics& metrics);
+                                                          const ZoomMetrics& metrics);
 
 }  // namespace lv

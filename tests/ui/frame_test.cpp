@@ -3,10 +3,10 @@
 // question, the progress box stopping a job, and what a window paints.
 #include <QMdiArea>
 #include <QPushButton>
-#include <cstring>
 #include <QScrollBar>
 #include <QTimer>
 #include <QtTest>
+#include <cstring>
 
 #include "image/display.h"
 #include "image/ui/image_window.h"
@@ -31,8 +31,8 @@ class FrameTest : public QObject {
 private:
     std::unique_ptr<MainWindow> frame_;
     std::unique_ptr<QtFrontEnd> frontEnd_;
-    QStringList boxes_;                 // "caption|text" of every message box
-    QList<int32_t> answers_;            // answers to give, in order; OK/Yes after
+    QStringList boxes_;       // "caption|text" of every message box
+    QList<int32_t> answers_;  // answers to give, in order; OK/Yes after
     ImageSubWindow* NewCard(int32_t kind, int32_t width, int32_t height)
     {
         Image card;
@@ -169,7 +169,8 @@ private slots:
         w->close();
         QVERIFY(alive);
         QCOMPARE(boxes_.size(), 1);
-        QCOMPARE(boxes_[0], QStringLiteral("Warning|Save Modified Image: %1?").arg(w->windowTitle()));
+        QCOMPARE(boxes_[0],
+                 QStringLiteral("Warning|Save Modified Image: %1?").arg(w->windowTitle()));
 
         // A panel that reads the window keeps it open.
         int panel = 0;

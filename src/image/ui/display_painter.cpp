@@ -16,7 +16,8 @@ namespace {
 QVector<QRgb> PaletteTable()
 {
     QVector<QRgb> table;
-    for (uint32_t c : ScreenPalette()) table.push_back(qRgb((c >> 16) & 255, (c >> 8) & 255, c & 255));
+    for (uint32_t c : ScreenPalette())
+        table.push_back(qRgb((c >> 16) & 255, (c >> 8) & 255, c & 255));
     return table;
 }
 
@@ -64,8 +65,8 @@ QImage Band(const Image& display, int32_t r, int32_t n, bool palette)
     return band.mirrored(false, true);
 }
 
-void PaintPicture(QPainter& painter, ImageWindow& record, int32_t clientWidth,
-                  int32_t clientHeight, const QRect& clip)
+void PaintPicture(QPainter& painter, ImageWindow& record, int32_t clientWidth, int32_t clientHeight,
+                  const QRect& clip)
 {
     const Image& d = record.display;
     const int32_t ox = record.originX, oy = record.originY;
@@ -131,8 +132,8 @@ void FillColor(QPainter& painter, const QRect& rect, QColor color)
     painter.fillRect(rect, QBrush(tile));
 }
 
-void PaintWindow(QPainter& painter, ImageWindow& record, int32_t clientWidth,
-                 int32_t clientHeight, const QRect& clip)
+void PaintWindow(QPainter& painter, ImageWindow& record, int32_t clientWidth, int32_t clientHeight,
+                 const QRect& clip)
 {
     // A preview shows its display copy before it has an image of its own.
     const int32_t kind = record.image.kind ? record.image.kind : record.display.kind;

@@ -24,7 +24,7 @@ void FillColor(QPainter& painter, const QRect& rect, QColor color);
 // record's origin with the border colour around it and the grid over it, a
 // solid colour, or a histogram. `clip` is the area to repaint; bands of the
 // picture that miss it are skipped.
-void PaintWindow(QPainter& painter, ImageWindow& record, int32_t clientWidth,
-                 int32_t clientHeight, const QRect& clip);
+void PaintWindow(QPainter& painter, ImageWindow& record, int32_t clientWidth, int32_t clientHeight,
+                 const QRect& clip);
 
 }  // namespace lv

@@ -344,9 +344,12 @@ void ImageSubWindow::ScrollToPositions(int32_t x, int32_t y)
         if (dy < 0) ImageShiftDown(d, -dy);
         const int32_t w = r.viewWidth, h = r.viewHeight;
         if (dx > 0) result = DisplayUpdate(r.image, r, nullptr, w - dx, 0, w - 1, h - 1, true);
-        if (dx < 0 && !result) result = DisplayUpdate(r.image, r, nullptr, 0, 0, -dx - 1, h - 1, true);
-        if (dy > 0 && !result) result = DisplayUpdate(r.image, r, nullptr, 0, h - dy, w - 1, h - 1, true);
-        if (dy < 0 && !result) result = DisplayUpdate(r.image, r, nullptr, 0, 0, w - 1, -dy - 1, true);
+        if (dx < 0 && !result)
+            result = DisplayUpdate(r.image, r, nullptr, 0, 0, -dx - 1, h - 1, true);
+        if (dy > 0 && !result)
+            result = DisplayUpdate(r.image, r, nullptr, 0, h - dy, w - 1, h - 1, true);
+        if (dy < 0 && !result)
+            result = DisplayUpdate(r.image, r, nullptr, 0, 0, w - 1, -dy - 1, true);
     }
     ReportError(result);
     ApplyScrollBars();
@@ -361,7 +364,8 @@ bool ImageSubWindow::SaveChanges()
     if (!CurrentPreferences().confirmClose || !r.modified) return true;
     if (isMinimized()) showNormal();
     const std::string title = windowTitle().toStdString();
-    switch (MessageBoxShow("Warning", kBoxYesNoCancel, FormatText("Save Modified Image: %s?", title))) {
+    switch (
+        MessageBoxShow("Warning", kBoxYesNoCancel, FormatText("Save Modified Image: %s?", title))) {
     case kAnswerCancel: return false;
     case kAnswerYes: {
         const int32_t code = saveFunction ? saveFunction(this) : kErrUnknownFileType;

@@ -38,8 +38,8 @@ public:
     // Makes a window with a new record (ImageWindowCreate): with no model and
     // no size, a 400 by 400 client; with a model and no size, the model's
     // outer size. Result 0 or 13 ("Too many images").
-    static int32_t Create(QMdiArea* workspace, ImageSubWindow* model, int32_t width,
-                          int32_t height, ImageSubWindow** created);
+    static int32_t Create(QMdiArea* workspace, ImageSubWindow* model, int32_t width, int32_t height,
+                          ImageSubWindow** created);
     ~ImageSubWindow() override;
 
     ImageWindow& record() const { return *record_; }

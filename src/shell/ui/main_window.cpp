@@ -1,8 +1,6 @@
 #include "shell/ui/main_window.h"
 
 #include <QAction>
-#include <algorithm>
-#include <functional>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -14,6 +12,8 @@
 #include <QScrollBar>
 #include <QToolBar>
 #include <QUrl>
+#include <algorithm>
+#include <functional>
 
 #include "image/ui/image_window.h"
 #include "image/ui/window_dialogs.h"
@@ -42,9 +42,9 @@ QKeySequence ShortcutOf(const char* text)
 
 // The tool bar's buttons: the commands that a photographer reaches for
 // most while looking at pictures.
-constexpr int32_t kToolBarCommands[] = {kCmdZoomIn,  kCmdZoomOut, kCmdZoomActual, kCmdFit,
-                                        kCmdExpand,  0,           kCmdCopy,       kCmdNegative,
-                                        0,           kCmdInfo,    kCmdCascade};
+constexpr int32_t kToolBarCommands[] = {kCmdZoomIn, kCmdZoomOut, kCmdZoomActual, kCmdFit,
+                                        kCmdExpand, 0,           kCmdCopy,       kCmdNegative,
+                                        0,          kCmdInfo,    kCmdCascade};
 
 }  // namespace
 
@@ -198,7 +198,8 @@ void MainWindow::RebuildRecentFiles(QMenu* menu)
             state.recentFiles[i].clear();  // a shorter list forgets the names past its end
             continue;
         }
-        auto* a = new QAction(QString::fromStdString(RecentFileLabel(i, state.recentFiles[i])), menu);
+        auto* a =
+            new QAction(QString::fromStdString(RecentFileLabel(i, state.recentFiles[i])), menu);
         const int32_t id = kCmdRecentFirst + i;
         a->setData(id);
         a->setEnabled(CommandEnabled(id, s));
@@ -336,7 +337,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdHelpGlossary: OpenHelp("glossary.html"); break;
     case kCmdHelpContext: {
         QMdiSubWindow* active = workspace_->activeSubWindow();
-        const int32_t kind = image ? image->record().windowKind
+        const int32_t kind = image    ? image->record().windowKind
                              : active ? active->property("lvWindowKind").toInt()
                                       : -1;
         OpenHelp(HelpPageName(kind, HelpDirectory()));
@@ -409,8 +410,8 @@ int32_t MainWindow::ShowNewImage(Image&& image, const QString& title)
     const int32_t w = ZoomedLength(width, r.zoom), h = ZoomedLength(height, r.zoom);
     int32_t x = 0, y = 0;
     ImageSubWindow* model = ActiveImage();
-    NextWindowPosition(model && model != window, model ? model->x() : 0, model ? model->y() : 0,
-                       m, x, y);
+    NextWindowPosition(model && model != window, model ? model->x() : 0, model ? model->y() : 0, m,
+                       x, y);
     window->setGeometry(x, y, w + m.cxChildBorder + 2 * m.borderWidth,
                         h + m.cyChildBorder + 2 * m.borderWidth);
     if (!title.isEmpty()) r.fileName = title.toStdString();
@@ -503,8 +504,8 @@ void MainWindow::ShowImagePopup(ImageSubWindow* window, const QPoint& globalPosi
 void MainWindow::OpenHelp(const std::string& page)
 {
     const std::string directory = HelpDirectory();
-    if (directory.empty() ||
-        !QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(JoinPath(directory, page)))))
+    if (directory.empty() || !QDesktopServices::openUrl(QUrl::fromLocalFile(
+                                 QString::fromStdString(JoinPath(directory, page)))))
         MessageBoxShow("Error", kBoxOk, "Cannot open the help pages");
 }
 

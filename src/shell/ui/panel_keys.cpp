@@ -19,7 +19,8 @@ bool PanelKeyFilter::eventFilter(QObject* watched, QEvent* event)
     QMdiSubWindow* active = workspace_->activeSubWindow();
     // Only key presses inside the active panel, on their way to a control.
     if (!active || active->property("lvWindowKind").toInt() < 3 || !QApplication::focusWidget() ||
-        !active->isAncestorOf(QApplication::focusWidget()) || watched != QApplication::focusWidget())
+        !active->isAncestorOf(QApplication::focusWidget()) ||
+        watched != QApplication::focusWidget())
         return QObject::eventFilter(watched, event);
     auto* key = static_cast<QKeyEvent*>(event);
     int32_t message = 0;

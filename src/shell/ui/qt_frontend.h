@@ -14,7 +14,6 @@ class QMdiArea;
 
 namespace lv {
 
-
 class QtFrontEnd : public FrontEnd {
 public:
     explicit QtFrontEnd(QMdiArea* workspace);
