@@ -130,6 +130,22 @@ private slots:
         QCOMPARE(w->record().zoom, 1);
     }
 
+    void copyAndNegativeOpenBesideTheirSource()
+    {
+        ImageSubWindow* source = NewCard(kImageGray, 200, 150);
+        QVERIFY(source);
+        QVERIFY(frame_->Dispatch(kCmdZoomOut));
+        QVERIFY(frame_->Dispatch(kCmdNegative));
+        ImageSubWindow* negative = frame_->ActiveImage();
+        QVERIFY(negative != source);
+        QCOMPARE(negative->pos(),
+                 source->pos() + QPoint(Metrics().controlHeight, Metrics().cyChildBorder));
+        QCOMPARE(negative->record().zoom, -2);
+        QVERIFY(negative->record().modified);
+        QCOMPARE(negative->record().image.rows[10][20],
+                 static_cast<uint8_t>(255 - source->record().image.rows[10][20]));
+    }
+
     void scrollingKeepsWholePixelsAndTheDisplayRight()
     {
         ImageSubWindow* w = NewCard(kImageColor, 900, 700);

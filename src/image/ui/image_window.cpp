@@ -166,10 +166,8 @@ ZoomMetrics ImageSubWindow::Metrics() const
     const QSize area = workspace_->viewport()->size();
     m.workspaceWidth = area.width();
     m.workspaceHeight = area.height();
-    // The frame this style really draws round a child.
-    const QSize frame = widget() ? size() - widget()->size() : QSize();
-    m.cxChildBorder = frame.width() > 0 ? frame.width() : ui.cxChildBorder;
-    m.cyChildBorder = frame.height() > 0 ? frame.height() : ui.cyChildBorder;
+    m.cxChildBorder = ui.cxChildBorder;
+    m.cyChildBorder = ui.cyChildBorder;
     m.cxVScroll = view_->verticalScrollBar()->sizeHint().width();
     m.cyHScroll = view_->horizontalScrollBar()->sizeHint().height();
     m.borderWidth = CurrentPreferences().borderWidth;

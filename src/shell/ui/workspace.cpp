@@ -3,12 +3,14 @@
 #include <QIcon>
 #include <QLinearGradient>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
 #include <QtGlobal>
 #include <cmath>
 
+#include "image/display.h"
 #include "image/ui/display_painter.h"
 #include "shell/preferences.h"
 #include "shell/ui/metrics.h"
@@ -118,8 +120,15 @@ void Workspace::HideSplash()
 void Workspace::paintEvent(QPaintEvent* event)
 {
     QMdiArea::paintEvent(event);
-    if (!splashShown_) return;
     QPainter p(viewport());
+    if (CurrentDisplayMode() == kDisplayPalette) {
+        // The palette has no such gray: the workspace is dithered as well.
+        const Preferences& pref = CurrentPreferences();
+        FillColor(
+            p, event->rect(),
+            DisplayQColor(pref.workspaceColor[0], pref.workspaceColor[1], pref.workspaceColor[2]));
+    }
+    if (!splashShown_) return;
     const QRect area = viewport()->rect();
     PaintSplash(p, QRect(area.center().x() - kSplashWidth / 2,
                          area.center().y() - kSplashHeight / 2, kSplashWidth, kSplashHeight));
