@@ -132,6 +132,7 @@ private slots:
 
     void copyAndNegativeOpenBesideTheirSource()
     {
+        QVERIFY(NewCard(kImageGray, 100, 100));
         ImageSubWindow* source = NewCard(kImageGray, 200, 150);
         QVERIFY(source);
         QVERIFY(frame_->Dispatch(kCmdZoomOut));
@@ -144,6 +145,12 @@ private slots:
         QVERIFY(negative->record().modified);
         QCOMPARE(negative->record().image.rows[10][20],
                  static_cast<uint8_t>(255 - source->record().image.rows[10][20]));
+        // The job's box came and went without reshuffling the windows: the
+        // source is still right under its negative.
+        const auto stack = frame_->workspace()->subWindowList(QMdiArea::StackingOrder);
+        QCOMPARE(stack.size(), 3);
+        QCOMPARE(stack[2], negative);
+        QCOMPARE(stack[1], source);
     }
 
     void scrollingKeepsWholePixelsAndTheDisplayRight()

@@ -95,7 +95,13 @@ QIcon ProgramIcon()
 
 QString LinkedLibraries() { return QStringLiteral("Qt %1").arg(QString::fromLatin1(qVersion())); }
 
-Workspace::Workspace(QWidget* parent) : QMdiArea(parent) { UpdateBackground(); }
+Workspace::Workspace(QWidget* parent) : QMdiArea(parent)
+{
+    // When a window goes, the one that was active before it takes over, as
+    // the window under it would; not the next one in order of creation.
+    setActivationOrder(QMdiArea::ActivationHistoryOrder);
+    UpdateBackground();
+}
 
 void Workspace::UpdateBackground()
 {
