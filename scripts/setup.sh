@@ -15,6 +15,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libjpeg62-turbo-dev libpng-dev libtiff-dev libgif-dev
   libfreetype-dev libfontconfig-dev fonts-dejavu-core
+  clang libclang-rt-14-dev
   xvfb xauth
 )
 
@@ -57,6 +58,23 @@ case "${1:-}" in
       -DLUMIVUE_BUILD_BENCH=OFF
     (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
       ctest --output-on-failure)
+    # The readers of our own formats and the parameter-file reader under
+    # libFuzzer, a short run each, seeded with the shared test files when
+    # they are there.
+    CC=clang CXX=clang++ build build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+      -DLUMIVUE_BUILD_UI=OFF -DLUMIVUE_BUILD_TESTS=OFF -DLUMIVUE_BUILD_BENCH=OFF \
+      -DLUMIVUE_BUILD_FUZZ=ON \
+      -DCMAKE_CXX_FLAGS="-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined"
+    for target in build-fuzz/fuzz/*_fuzz; do
+      name=$(basename "$target" _fuzz)
+      corpus=$(mktemp -d)
+      case $name in targa) seeds=../shared/testdata/tga ;; *) seeds=../shared/testdata/$name ;; esac
+      [ -d "$seeds" ] || seeds=
+      echo "Fuzzing $name for ${FUZZ_SECONDS:-20} s"
+      "$target" -max_total_time="${FUZZ_SECONDS:-20}" -rss_limit_mb=4096 -print_final_stats=0 \
+        "$corpus" $seeds 2>&1 | tail -n 2
+      rm -rf "$corpus"
+    done
     ;;
   *)
     echo "usage: scripts/setup.sh editor|test" >&2

@@ -19,13 +19,13 @@ constexpr bool Later = false;
 const std::vector<Command> kCommands = {
     // File
     {kCmdNew, "&New...", kAlways, P, nullptr, kKindNew, Later},
-    {kCmdOpen, "&Open...", kAlways, N, nullptr, 0, Later},
+    {kCmdOpen, "&Open...", kAlways, N, nullptr, 0, Built},
     {kCmdOpenPhotoCd, "Open &PhotoCD...", kAlways, P, nullptr, 18, Later},
     {kCmdBrowse, "&Browse...", kAlways, N, nullptr, 59, Later},
-    {kCmdSave, "&Save", kImageWindow, N, nullptr, 0, Later},
-    {kCmdSaveAs, "Save &As...", kImageWindow, N, nullptr, 0, Later},
+    {kCmdSave, "&Save", kImageWindow, N, nullptr, 0, Built},
+    {kCmdSaveAs, "Save &As...", kImageWindow, N, nullptr, 0, Built},
     {kCmdClose, "&Close", kActiveChild, N, nullptr, 0, Built},
-    {kCmdRevert, "&Revert", kSpecialRule, N, nullptr, 0, Later},
+    {kCmdRevert, "&Revert", kSpecialRule, N, nullptr, 0, Built},
     {kCmdPrint, "&Print...", kImageWindow, N, nullptr, 44, Later},
     {kCmdPrintSetup, "Print Se&tup...", kAlways, N, nullptr, 0, Later},
     {kCmdSlideShow, "Sli&de Show...", kAlways, N, nullptr, 15, Later},
@@ -233,7 +233,7 @@ const std::vector<Command>& CommandTable() { return kCommands; }
 const Command* FindCommand(int32_t id)
 {
     if (id >= kCmdRecentFirst && id <= kCmdRecentLast) {
-        static const Command recent = {kCmdRecentFirst, "", kSpecialRule, N, nullptr, 0, Later};
+        static const Command recent = {kCmdRecentFirst, "", kSpecialRule, N, nullptr, 0, Built};
         return &recent;
     }
     if (id > kCmdMaskNew && id <= kCmdMaskLast) id = kCmdMaskNew;

@@ -17,7 +17,7 @@ void StderrFrontEnd::Draw(const ProgressBox& box, const char* timeText)
     const int32_t filled = ProgressBarPixel(box, box.current, 0, kBarWidth);
     std::string bar(static_cast<size_t>(filled), '#');
     bar.append(static_cast<size_t>(kBarWidth - filled), '.');
-    std::fprintf(stream_, "\r%s [%s] %s", box.title.c_str(), bar.c_str(), timeText);
+    std::fprintf(stream_, "\r%s [%s] %-19s", box.title.c_str(), bar.c_str(), timeText);
     std::fflush(stream_);
     ++redraws_;
 }
@@ -38,8 +38,11 @@ void StderrFrontEnd::ProgressTime(const ProgressBox& box, const std::string& tex
 
 void StderrFrontEnd::ProgressHide(const ProgressBox& box)
 {
-    (void)box;
-    if (shown_) std::fputc('\n', stream_);
+    // The line is finished with the bar as far as the job got.
+    if (shown_) {
+        Draw(box, "");
+        std::fputc('\n', stream_);
+    }
     shown_ = false;
 }
 

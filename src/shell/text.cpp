@@ -174,6 +174,23 @@ int32_t WriteLine(File& file, std::string_view text)
     return FileWrite(file, 2, "\r\n");
 }
 
+std::string TemporaryPathFor(const std::string& path)
+{
+    static uint64_t serial = 0;
+    const size_t cut = path.find_last_of("/\\");
+    const std::string folder = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
+    const std::string name = cut == std::string::npos ? path : path.substr(cut + 1);
+    return folder + "." + name + "." + std::to_string(::getpid()) + "-" + std::to_string(++serial) +
+           ".tmp";
+}
+
+int32_t FileReplace(const std::string& temporary, const std::string& target)
+{
+    if (std::rename(temporary.c_str(), target.c_str()) == 0) return kOk;
+    return errno == EACCES || errno == EPERM || errno == EROFS ? kErrReadOnlyDisk
+                                                               : kErrCannotCreate;
+}
+
 // ---------------------------------------------------------------------------
 // Paths
 

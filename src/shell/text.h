@@ -65,6 +65,14 @@ int32_t ReadLine(File& file, std::string& line, int32_t limit);
 // with them already. 6 on failure.
 int32_t WriteLine(File& file, std::string_view text);
 
+// A name for a temporary file beside `path`, in the same folder, hidden and
+// unique to this process and call: what a save writes before it replaces
+// the file.
+std::string TemporaryPathFor(const std::string& path);
+// Puts a finished temporary file in the place of `target`. 37 when access
+// is denied, else 3 on failure.
+int32_t FileReplace(const std::string& temporary, const std::string& target);
+
 // ---------------------------------------------------------------------------
 // Paths. "/" is written; "\" is also taken as a separator when reading.
 

@@ -1,14 +1,23 @@
 // lumivue-cli: the editor's engine without the editor, for scripts and batch
 // work. Errors are printed with the program's own message and the exit
 // status is the error's code.
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <vector>
 
+#include "files/formats.h"
+#include "files/library.h"
+#include "image/image.h"
 #include "shell/errors.h"
 #include "shell/stderr_frontend.h"
 #include "shell/tables.h"
+#include "shell/text.h"
 #include "shell/version.h"
 
+namespace lv {
 namespace {
 
 // Exit status for a command line the tool cannot understand. It lies outside
@@ -16,36 +25,210 @@ namespace {
 constexpr int kUsageStatus = 100;
 
 const char kHelp[] =
-    "Usage: lumivue-cli COMMAND [ARGUMENTS]\n"
+    "Usage: lumivue-cli COMMAND [OPTIONS] [FILES]\n"
     "\n"
     "Runs Lumivue's engine without the editor. Progress goes to stderr as a bar;\n"
-    "errors are printed with the program's message and the exit status is the\n"
-    "error's code (0 success, 1 out of memory, 11 aborted, 14 wrong image type, ...).\n"
+    "errors are printed with the program's message, and the exit status is the\n"
+    "error's code (0 success, 1 out of memory, 11 aborted, 14 wrong image type,\n"
+    "24 \"Only grayscale or color images can be saved in JPEG format\", ...).\n"
     "A command line that cannot be understood exits with status 100.\n"
     "\n"
+    "Files are read as TIFF, JPEG, BMP, Targa, PCX, GIF or PNG (JPEG by its\n"
+    "contents whatever its name) and written as TIFF, JPEG, BMP, Targa, PCX, GIF,\n"
+    "EPS or PNG, chosen by the output's extension. An existing output is\n"
+    "replaced only once the new file is complete.\n"
+    "\n"
     "Commands:\n"
-    "  --help, help        Show this text.\n"
-    "                        lumivue-cli --help\n"
-    "  --version, version  Show the program's version and the engine's libraries.\n"
-    "                        lumivue-cli --version\n";
+    "  info FILE...            The kind, size, resolution and type of each file.\n"
+    "                            lumivue-cli info photo.jpg scan.tif\n"
+    "  convert IN OUT          Reads IN and writes OUT in the format of OUT's\n"
+    "                          extension.\n"
+    "                            lumivue-cli convert photo.tif photo.jpg --quality 90\n"
+    "  convert IN... DIR       Several inputs and an output folder: a batch. Each\n"
+    "                          output keeps its input's name, with --format's\n"
+    "                          extension.\n"
+    "                            lumivue-cli convert *.bmp out/ --format png\n"
+    "  negative IN OUT         The negative of IN, written to OUT (or, with\n"
+    "  negative IN... DIR      several inputs, into DIR).\n"
+    "                            lumivue-cli negative scan.tif scan-negative.tif\n"
+    "  --help, help            This text.\n"
+    "  --version, version      The version and the libraries behind the formats.\n"
+    "\n"
+    "Options:\n"
+    "  --quality N             JPEG quality 0 to 100 (default 97).\n"
+    "  --sampling S            JPEG colour sampling: 444 (default), 422 or 411.\n"
+    "  --format EXT            The output format of a batch: tif, jpg, bmp, tga,\n"
+    "                          pcx, gif, eps or png (default: the input's own).\n";
 
-}  // namespace
+struct Options {
+    SaveOptions save;
+    std::string format;  // the extension of a batch's outputs, without the point
+    std::vector<std::string> files;
+};
 
-int main(int argc, char** argv)
+bool IsDirectory(const std::string& path)
 {
-    lv::InitEngineTables();
-    lv::StderrFrontEnd frontEnd;
-    lv::ScopedFrontEnd installed(frontEnd);
+    struct stat info;
+    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
 
-    if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "help") ||
-        !std::strcmp(argv[1], "-h")) {
-        std::fputs(kHelp, stdout);
-        return argc < 2 ? kUsageStatus : 0;
+std::string BaseName(const std::string& path)
+{
+    const size_t cut = path.find_last_of('/');
+    return cut == std::string::npos ? path : path.substr(cut + 1);
+}
+
+void PrintError(const std::string& file, int32_t code)
+{
+    std::fprintf(stderr, "lumivue-cli: %s: %s\n", file.c_str(), ErrorText(code));
+}
+
+// Parses the options among the arguments; false on a bad one.
+bool ParseOptions(int argc, char** argv, int first, Options& options)
+{
+    for (int i = first; i < argc; ++i) {
+        const std::string arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (arg == "--quality" && hasValue) {
+            int32_t q = 0;
+            if (ParseInt(argv[++i], q) || q < 0 || q > 100) return false;
+            options.save.jpegQuality = q;
+        } else if (arg == "--sampling" && hasValue) {
+            const std::string s = argv[++i];
+            if (s == "444" || s == "4:4:4")
+                options.save.jpegSampling = 0;
+            else if (s == "422" || s == "4:2:2")
+                options.save.jpegSampling = 1;
+            else if (s == "411" || s == "4:1:1")
+                options.save.jpegSampling = 2;
+            else
+                return false;
+        } else if (arg == "--format" && hasValue) {
+            options.format = argv[++i];
+            if (!options.format.empty() && options.format[0] == '.') options.format.erase(0, 1);
+        } else if (arg.rfind("--", 0) == 0) {
+            return false;
+        } else {
+            options.files.push_back(arg);
+        }
     }
-    if (!std::strcmp(argv[1], "--version") || !std::strcmp(argv[1], "version")) {
-        std::printf("lumivue-cli %s\n", lv::kVersionText);
-        return 0;
+    return true;
+}
+
+// The type of a file as the Open dialog's filters name it.
+const char* TypeName(int32_t type)
+{
+    const FileTypeInfo* info = FindFileType(type);
+    return info && type != kTypeAll ? info->filterName : "unknown";
+}
+
+int32_t Info(const std::vector<std::string>& files)
+{
+    int32_t first = kOk;
+    for (const std::string& path : files) {
+        const int32_t type = FileTypeFromName(path);
+        Image image;
+        const int32_t code = ReadImageFile(path, type < 0 ? kTypeTiff : type, image, false);
+        if (code) {
+            PrintError(path, type < 0 && code != kErrCannotOpen ? kErrUnknownFileType : code);
+            if (!first) first = type < 0 && code != kErrCannotOpen ? kErrUnknownFileType : code;
+            continue;
+        }
+        std::printf("%s\n", FormatText("%s: %s, %d x %d pixels, %2f dpi, %s", path,
+                                       ImageKindName(image.kind), image.width, image.height,
+                                       image.resolution, TypeName(type))
+                                .c_str());
     }
-    std::fprintf(stderr, "lumivue-cli: unknown command '%s'; see lumivue-cli --help\n", argv[1]);
+    return first;
+}
+
+// Reads `in`, makes the negative when asked, and writes `out`.
+int32_t ConvertOne(const std::string& in, const std::string& out, bool negative,
+                   const Options& options)
+{
+    const int32_t filter = SaveFilterFromName(out);
+    if (!filter) return kErrUnknownFileType;
+    const int32_t type = FileTypeFromName(in);
+    Image image;
+    int32_t code = ReadImageFile(in, type < 0 ? kTypeTiff : type, image, true);
+    if (code) return code;
+    if (negative) {
+        Image result;
+        if ((code = ImageNegative(image, result))) return code;
+        image = std::move(result);
+    }
+    return WriteImageFile(out, filter, image, options.save);
+}
+
+int32_t Convert(const Options& options, bool negative)
+{
+    const std::vector<std::string>& files = options.files;
+    if (files.size() < 2) return -1;
+    const std::string& last = files.back();
+    if (files.size() == 2 && !IsDirectory(last)) {
+        const int32_t code = ConvertOne(files[0], last, negative, options);
+        if (code)
+            PrintError(code == kErrUnknownFileType && !SaveFilterFromName(last) ? last : files[0],
+                       code);
+        return code;
+    }
+    if (!IsDirectory(last)) return -1;
+    int32_t first = kOk;
+    for (size_t i = 0; i + 1 < files.size(); ++i) {
+        std::string name = BaseName(files[i]);
+        if (!options.format.empty()) name = ReplaceExtension(name, options.format);
+        const std::string out = JoinPath(last, name);
+        const int32_t code = ConvertOne(files[i], out, negative, options);
+        if (code) {
+            PrintError(files[i], code);
+            if (!first) first = code;
+        } else {
+            std::printf("%s -> %s\n", files[i].c_str(), out.c_str());
+        }
+    }
+    return first;
+}
+
+int Usage(const char* problem)
+{
+    std::fprintf(stderr, "lumivue-cli: %s; see lumivue-cli --help\n", problem);
     return kUsageStatus;
 }
+
+int Main(int argc, char** argv)
+{
+    InitEngineTables();
+    StderrFrontEnd frontEnd;
+    ScopedFrontEnd installed(frontEnd);
+
+    if (argc < 2) {
+        std::fputs(kHelp, stdout);
+        return kUsageStatus;
+    }
+    const std::string command = argv[1];
+    if (command == "--help" || command == "help" || command == "-h") {
+        std::fputs(kHelp, stdout);
+        return 0;
+    }
+    if (command == "--version" || command == "version") {
+        std::printf("lumivue-cli %s\n%s\n", kVersionText, LibraryVersions().c_str());
+        return 0;
+    }
+    Options options;
+    if (!ParseOptions(argc, argv, 2, options)) return Usage("bad option");
+    if (command == "info") {
+        if (options.files.empty()) return Usage("info needs at least one file");
+        return Info(options.files);
+    }
+    if (command == "convert" || command == "negative") {
+        const int32_t code = Convert(options, command == "negative");
+        if (code < 0) return Usage("give an input and an output, or inputs and a folder");
+        return code;
+    }
+    return Usage(("unknown command '" + command + "'").c_str());
+}
+
+}  // namespace
+}  // namespace lv
+
+int main(int argc, char** argv) { return lv::Main(argc, argv); }

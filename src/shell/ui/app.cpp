@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 #include <QScreen>
 
+#include "files/ui/file_commands.h"
 #include "image/display.h"
 #include "image/window.h"
 #include "shell/errors.h"
@@ -78,7 +79,7 @@ bool Application::Start(const QStringList& arguments)
         if (!code) code = frame_->ShowNewImage(std::move(card), QString());
         ReportError(code);
     } else {
-        ReportError(kErrUnknownFileType);
+        ReportError(FileOpen(frame_.get(), args[0], -1));
     }
     return true;
 }

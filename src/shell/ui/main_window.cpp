@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "files/ui/file_commands.h"
 #include "image/ui/image_window.h"
 #include "image/ui/window_dialogs.h"
 #include "image/window.h"
@@ -29,6 +30,9 @@
 namespace lv {
 
 namespace {
+
+// Save and Save As do not report a cancelled dialog or an aborted write.
+int32_t IgnoreAbort(int32_t code) { return code == kErrAborted ? kOk : code; }
 
 QKeySequence ShortcutOf(const char* text)
 {
@@ -69,6 +73,9 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), workspace_(new Wo
     BuildToolBar(CurrentState().toolBarSide);
     ImageSubWindow::popupFunction = [this](ImageSubWindow* window, QPoint at) {
         ShowImagePopup(window, at);
+    };
+    ImageSubWindow::saveFunction = [this](ImageSubWindow* window) {
+        return FileSave(this, window);
     };
 }
 
@@ -294,8 +301,21 @@ bool MainWindow::Dispatch(int32_t id)
     workspace_->HideSplash();
     ImageSubWindow* image = ActiveImage();
     switch (id) {
+    case kCmdOpen: ReportError(FileOpen(this, QString(), 1)); break;
+    case kCmdSave:
+        if (image) ReportError(IgnoreAbort(FileSave(this, image)));
+        break;
+    case kCmdSaveAs:
+        if (image) ReportError(IgnoreAbort(FileSaveAs(this, image)));
+        break;
     case kCmdClose:
-        if (QMdiSubWindow* active = workspace_->activeSubWindow()) active->close();
+        if (image)
+            ReportError(FileClose(this, image));
+        else if (QMdiSubWindow* active = workspace_->activeSubWindow())
+            active->close();
+        break;
+    case kCmdRevert:
+        if (image) ReportError(FileRevert(this, image));
         break;
     case kCmdExit: close(); break;
     case kCmdUndo: UndoGroup(); break;
@@ -345,7 +365,13 @@ bool MainWindow::Dispatch(int32_t id)
     }
     case kCmdManual: OpenManual(); break;
     case kCmdAbout: ShowAbout(); break;
-    default: return false;
+    default:
+        if (id >= kCmdRecentFirst && id <= kCmdRecentLast) {
+            const std::string name = CurrentState().recentFiles[id - kCmdRecentFirst];
+            ReportError(FileOpen(this, QString::fromStdString(name), 1));
+            break;
+        }
+        return false;
     }
     return true;
 }

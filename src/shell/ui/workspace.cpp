@@ -10,6 +10,7 @@
 #include <QtGlobal>
 #include <cmath>
 
+#include "files/library.h"
 #include "image/display.h"
 #include "image/ui/display_painter.h"
 #include "shell/preferences.h"
@@ -93,7 +94,11 @@ QIcon ProgramIcon()
     return QIcon(pixmap);
 }
 
-QString LinkedLibraries() { return QStringLiteral("Qt %1").arg(QString::fromLatin1(qVersion())); }
+QString LinkedLibraries()
+{
+    return QStringLiteral("Qt %1, %2")
+        .arg(QString::fromLatin1(qVersion()), QString::fromStdString(LibraryVersions()));
+}
 
 Workspace::Workspace(QWidget* parent) : QMdiArea(parent)
 {

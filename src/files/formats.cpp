@@ -1,0 +1,400 @@
+#include "files/formats.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "files/jpeg.h"
+#include "files/library.h"
+#include "image/pixel.h"
+#include "image/progress.h"
+#include "shell/errors.h"
+#include "shell/frontend.h"
+#include "shell/text.h"
+
+namespace lv {
+
+namespace {
+
+const std::vector<FileTypeInfo> kFileTypes = {
+    {kTypeAll, "All Files", "*.tif;*.tiff;*.jpg;*.jpeg;*.bmp;*.tga;*.pcx;*.gif;*.pcd;*.png;*.fpx",
+     nullptr, 0},
+    {kTypeTiff, "TIFF", "*.tif;*.tiff", "tif", 56},
+    {kTypeJpeg, "JPEG", "*.jpg;*.jpeg", "jpg", 22},
+    {kTypeBmp, "BMP", "*.bmp", "bmp", 28},
+    {kTypeTarga, "Targa", "*.tga", "tga", 25},
+    {kTypePcx, "PCX", "*.pcx", "pcx", 50},
+    {kTypeGif, "GIF", "*.gif", "gif", 53},
+    {kTypePhotoCd, "PhotoCD", "*.pcd", "pcd", 90},
+    {kTypePng, "PNG", "*.png", "png", 48},
+    {kTypeFlashPix, "FlashPix", "*.fpx", "fpx", 45},
+};
+
+const std::vector<SaveFilterInfo> kSaveFilters = {
+    {kSaveTiff, "TIFF", "*.tif;*.tiff", "tif", "tiff", kTypeTiff, 1, 3, 58, 57, kFormatTiff,
+     "TIFF files must have an extension of .tif or .tiff"},
+    {kSaveJpeg, "JPEG", "*.jpg;*.jpeg", "jpg", "jpeg", kTypeJpeg, 2, 3, 24, 23, -1,
+     "JPEG files must have an extension of .jpg or .jpeg"},
+    {kSaveBmp, "BMP", "*.bmp", "bmp", nullptr, kTypeBmp, 1, 3, 30, 29, kFormatBmp,
+     "BMP files must have an extension of .bmp"},
+    {kSaveTarga, "Targa", "*.tga", "tga", nullptr, kTypeTarga, 1, 3, 27, 26, kFormatTarga,
+     "Targa files must have an extension of .tga"},
+    {kSavePcx, "PCX", "*.pcx", "pcx", nullptr, kTypePcx, 1, 3, 52, 51, kFormatPcx,
+     "PCX files must have an extension of .pcx"},
+    {kSaveGif, "GIF", "*.gif", "gif", nullptr, kTypeGif, 1, 2, 55, 54, kFormatGif,
+     "GIF files must have an extension of .gif"},
+    {kSaveEps, "EPS", "*.eps", "eps", nullptr, 0, 1, 3, 60, 59, kFormatEps,
+     "EPS files must have an extension of .eps"},
+    {kSavePng, "PNG", "*.png", "png", nullptr, kTypePng, 1, 3, 47, 49, kFormatPng,
+     "PNG files must have an extension of .png"},
+};
+
+// The extension of the last path component, upper case; empty when none.
+std::string ExtensionOf(const std::string& path)
+{
+    for (size_t i = path.size(); i > 0; --i) {
+        const char c = path[i - 1];
+        if (c == '/' || c == '\\' || c == ':') return std::string();
+        if (c == '.') {
+            std::string ext = path.substr(i);
+            for (char& e : ext)
+                if (e >= 'a' && e <= 'z') e = static_cast<char>(e - 'a' + 'A');
+            return ext;
+        }
+    }
+    return std::string();
+}
+
+// ---- Reading through the library ------------------------------------------------
+
+struct ReadContext {
+    Image* image;
+    bool palette = false;  // rows are indices into `table`
+    int32_t depth = 0;
+    uint8_t table[256][3] = {};  // blue, green, red
+    int32_t rowCount = 0;
+    bool showBox = false;
+    bool boxOpen = false;
+    int32_t format = 0;
+};
+
+// Formats whose header gives pixels per inch; the others give pixels per
+// metre.
+bool ResolutionInInches(int32_t format)
+{
+    switch (format) {
+    case 0:
+    case 7:
+    case 8:
+    case 9:
+    case 10:
+    case 16:
+    case 17: return true;
+    default: return false;
+    }
+}
+
+int32_t ReadHeader(const LibraryHeader& header, void* context)
+{
+    auto& c = *static_cast<ReadContext*>(context);
+    if (header.width <= 0 || header.height <= 0) return kLibraryFailed;
+    c.depth = header.bitsPerPixel;
+    int32_t kind = 0;
+    if (c.depth == 1) {
+        kind = kImageBinary;
+    } else if (c.depth == 24) {
+        kind = kImageColor;
+    } else if (c.depth == 4 || c.depth == 8) {
+        // A table whose entries are all gray gives a gray picture.
+        int32_t entries = header.colorsUsed > 0 ? header.colorsUsed : (c.depth == 4 ? 16 : 256);
+        entries = std::min(entries, 256);
+        bool gray = true;
+        for (int32_t i = 0; i < entries; ++i) {
+            const uint8_t* e = header.palette[i];
+            gray = gray && e[0] == e[1] && e[1] == e[2];
+            c.table[i][0] = e[0];
+            c.table[i][1] = e[1];
+            c.table[i][2] = e[2];
+        }
+        c.palette = true;
+        kind = gray ? kImageGray : kImageColor;
+    } else {
+        return kLibraryFailed;
+    }
+    double resolution = header.xResolution;
+    if (!ResolutionInInches(c.format)) resolution *= kMetresPerInch;
+    if (resolution <= 0.0) resolution = CurrentPreferences().defaultResolution;
+    if (ImageAlloc(*c.image, kind, header.width, header.height, resolution) || !c.image->rows)
+        return kLibraryFailed;
+    c.rowCount = 0;
+    if (c.showBox) {
+        ProgressOpen(0, header.height - 1, "File Open", true);
+        c.boxOpen = true;
+    }
+    return 0;
+}
+
+int32_t ReadRow(const uint8_t* data, void* context, int32_t row, int32_t rowBytes)
+{
+    auto& c = *static_cast<ReadContext*>(context);
+    Image& image = *c.image;
+    if (!image.rows || row < 0 || row >= image.height) return kLibraryFailed;
+    uint8_t* out = image.rows[image.height - 1 - row];
+    const int32_t w = image.width;
+    if (!c.palette) {
+        const int64_t need = c.depth == 1 ? (int64_t{w} + 7) / 8 : int64_t{w} * 3;
+        if (rowBytes < need) return kLibraryFailed;
+        CopyBytes(data, out, static_cast<size_t>(need));
+    } else {
+        const int64_t need = c.depth == 4 ? (int64_t{w} + 1) / 2 : w;
+        if (rowBytes < need) return kLibraryFailed;
+        for (int32_t x = 0; x < w; ++x) {
+            const uint8_t index = c.depth == 4 ? ((data[x / 2] >> (x % 2 ? 0 : 4)) & 15) : data[x];
+            const uint8_t* e = c.table[index];
+            if (image.kind == kImageGray) {
+                out[x] = e[0];
+            } else {
+                out[x * 3] = e[0];
+                out[x * 3 + 1] = e[1];
+                out[x * 3 + 2] = e[2];
+            }
+        }
+    }
+    ++c.rowCount;
+    if (c.boxOpen && ProgressStep(c.rowCount - 1)) return kLibraryAbort;
+    return 0;
+}
+
+// ---- Writing through the library ------------------------------------------------
+
+struct WriteContext {
+    const Image* image;
+    int32_t rowCount = 0;
+};
+
+int32_t WriteRow(void* context, uint8_t* buffer, int32_t row)
+{
+    auto& c = *static_cast<WriteContext*>(context);
+    const Image& image = *c.image;
+    if (row < 0 || row >= image.height) return kLibraryFailed;
+    const int32_t w = image.width;
+    const size_t bytes = image.kind == kImageBinary ? (static_cast<size_t>(w) + 7) / 8
+                         : image.kind == kImageGray ? static_cast<size_t>(w)
+                                                    : static_cast<size_t>(w) * 3;
+    CopyBytes(image.rows[image.height - 1 - row], buffer, bytes);
+    ++c.rowCount;
+    return ProgressStep(c.rowCount - 1) ? kLibraryAbort : 0;
+}
+
+int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format)
+{
+    LibraryHeader header;
+    for (int32_t i = 0; i < 256; ++i)
+        header.palette[i][0] = header.palette[i][1] = header.palette[i][2] =
+            static_cast<uint8_t>(i);
+    switch (image.kind) {
+    case kImageBinary:
+        // Black and white, so that other programs show it as it looks here.
+        header.bitsPerPixel = 1;
+        header.colorsUsed = header.colorsImportant = 2;
+        std::memset(header.palette[1], 255, 3);
+        break;
+    case kImageGray:
+        header.bitsPerPixel = 8;
+        header.colorsUsed = header.colorsImportant = 256;
+        break;
+    case kImageColor: header.bitsPerPixel = 24; break;
+    default: return kErrWriting;
+    }
+    header.width = image.width;
+    header.height = image.height;
+    const double resolution =
+        ResolutionInInches(format) ? image.resolution : image.resolution / kMetresPerInch;
+    header.xResolution = header.yResolution = RoundToInt(resolution);
+
+    File file;
+    if (int32_t code = FileCreate(path, file)) return code;
+    ProgressOpen(0, image.height - 1, "File Save", true);
+    WriteContext context{&image};
+    const int32_t result = LibraryWrite(file, header, format, WriteRow, &context);
+    ProgressClose();
+    const int32_t closed = FileClose(file);
+    if (result == kLibraryAbort) return kErrAborted;
+    if (result != 0 || closed != kOk) return kErrWriting;
+    return kOk;
+}
+
+}  // namespace
+
+const std::vector<FileTypeInfo>& FileTypes() { return kFileTypes; }
+
+const FileTypeInfo* FindFileType(int32_t type)
+{
+    for (const FileTypeInfo& t : kFileTypes)
+        if (t.type == type) return &t;
+    return nullptr;
+}
+
+const std::vector<SaveFilterInfo>& SaveFilters() { return kSaveFilters; }
+
+const SaveFilterInfo* FindSaveFilter(int32_t filter)
+{
+    for (const SaveFilterInfo& f : kSaveFilters)
+        if (f.filter == filter) return &f;
+    return nullptr;
+}
+
+int32_t FileTypeFromName(const std::string& path)
+{
+    const std::string ext = ExtensionOf(path);
+    if (ext == "TIF" || ext == "TIFF") return kTypeTiff;
+    if (ext == "JPG" || ext == "JPEG") return kTypeJpeg;
+    if (ext == "BMP") return kTypeBmp;
+    if (ext == "TGA") return kTypeTarga;
+    if (ext == "PCX") return kTypePcx;
+    if (ext == "GIF") return kTypeGif;
+    if (ext == "PCD") return kTypePhotoCd;
+    if (ext == "PNG") return kTypePng;
+    if (ext == "FPX") return kTypeFlashPix;
+    return -1;
+}
+
+int32_t SaveFilterOfType(int32_t fileType)
+{
+    switch (fileType) {
+    case kTypeTiff: return kSaveTiff;
+    case kTypeJpeg: return kSaveJpeg;
+    case kTypeBmp: return kSaveBmp;
+    case kTypeTarga: return kSaveTarga;
+    case kTypePcx: return kSavePcx;
+    case kTypeGif: return kSaveGif;
+    case kTypePng: return kSavePng;
+    default: return 0;
+    }
+}
+
+int32_t SaveFilterFromName(const std::string& path)
+{
+    for (const SaveFilterInfo& f : kSaveFilters)
+        if (ExtensionFitsFilter(path, f.filter)) return f.filter;
+    return 0;
+}
+
+bool HasExtension(const std::string& path) { return !ExtensionOf(path).empty(); }
+
+std::string WithExtension(const std::string& path, const char* extension)
+{
+    if (!extension) return path;
+    // A name that ends in "." gets only the extension after it.
+    if (!path.empty() && path.back() == '.') return path + extension;
+    return path + "." + extension;
+}
+
+bool ExtensionFitsFilter(const std::string& path, int32_t filter)
+{
+    const SaveFilterInfo* f = FindSaveFilter(filter);
+    if (!f) return false;
+    return !ExtensionDiffers(path, f->extension) ||
+           (f->otherExtension && !ExtensionDiffers(path, f->otherExtension));
+}
+
+int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox)
+{
+    File file;
+    if (int32_t code = FileOpenRead(path, file)) return code;
+    const int32_t format = LibraryDetectFormat(path);
+    if (format < 0) return kErrReading;
+    ReadContext context;
+    context.image = &image;
+    context.showBox = showBox;
+    context.format = format;
+    const int32_t result = LibraryRead(file, format, ReadRow, &context, ReadHeader);
+    FileClose(file);
+    if (context.boxOpen) ProgressClose();
+    if (result == kLibraryAbort) return kErrAborted;
+    return result == 0 ? kOk : kErrReading;
+}
+
+int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox)
+{
+    const FileTypeInfo* type = FindFileType(fileType);
+    if (!type || fileType == kTypeAll) return kErrUnknownFileType;
+    // Contents first: slide files are JPEGs under other names.
+    {
+        File probe;
+        if (int32_t code = FileOpenRead(path, probe)) return code;
+        uint8_t bytes[4] = {};
+        int64_t count = sizeof bytes;
+        FileRead(probe, count, bytes);
+        if (LooksLikeJpeg(bytes, static_cast<size_t>(count))) return JPEGRead(path, image, showBox);
+    }
+    switch (fileType) {
+    case kTypeJpeg: return JPEGRead(path, image, showBox);
+    case kTypePhotoCd:
+    case kTypeFlashPix: return type->readError;  // no reader in this build
+    default: break;
+    }
+    const int32_t result = ReadWithLibrary(path, image, showBox);
+    if (result == kOk || result == kErrAborted || result == kErrCannotOpen) return result;
+    return type->readError;
+}
+
+int32_t CheckSaveKind(int32_t filter, const Image& image)
+{
+    const SaveFilterInfo* f = FindSaveFilter(filter);
+    if (!f) return kErrUnknownFileType;
+    if (image.kind < f->lowestKind || image.kind > f->highestKind) return f->badTypeError;
+    return kOk;
+}
+
+int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& image,
+                       const SaveOptions& options)
+{
+    const SaveFilterInfo* f = FindSaveFilter(filter);
+    if (!f) return kErrUnknownFileType;
+    if (int32_t code = CheckSaveKind(filter, image)) return code;
+    // The picture goes to a temporary file beside the target, which takes
+    // the target's place only when it is complete.
+    const std::string temporary = TemporaryPathFor(path);
+    int32_t result = filter == kSaveJpeg ? JPEGWrite(temporary, image, options.jpegQuality,
+                                                     options.jpegSampling, options.jpegPalette)
+                                         : WriteWithLibrary(temporary, image, f->format);
+    if (result == kOk) result = FileReplace(temporary, path);
+    if (result != kOk) {
+        FileDelete(temporary);
+        if (result == kErrWriting) result = f->writeError;
+    }
+    return result;
+}
+
+void RecentAdd(SessionState& state, int32_t count, const std::string& path)
+{
+    count = std::clamp(count, 0, kRecentFileSlots);
+    if (count == 0) return;
+    auto& names = state.recentFiles;
+    int32_t found = -1;
+    for (int32_t i = 0; i < count && !names[i].empty(); ++i)
+        if (StringEqualNoCase(names[i], path)) {
+            found = i;
+            break;
+        }
+    if (found == 0) return;
+    // A name found further on moves to the front as it is; a new one goes
+    // in front and the last falls off.
+    const std::string first = found > 0 ? names[found] : path;
+    const int32_t from = found > 0 ? found : count - 1;
+    for (int32_t i = from; i > 0; --i) names[i] = names[i - 1];
+    names[0] = first;
+}
+
+void RecentRemove(SessionState& state, const std::string& path)
+{
+    auto& names = state.recentFiles;
+    for (int32_t i = 0; i < kRecentFileSlots; ++i) {
+        if (names[i].empty() || !StringEqualNoCase(names[i], path)) continue;
+        for (int32_t j = i; j + 1 < kRecentFileSlots; ++j) names[j] = names[j + 1];
+        names[kRecentFileSlots - 1].clear();
+        return;
+    }
+}
+
+}  // namespace lv

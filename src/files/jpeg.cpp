@@ -1,0 +1,502 @@
+#include "files/jpeg.h"
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include "image/pixel.h"
+#include "image/progress.h"
+#include "shell/errors.h"
+#include "shell/preferences.h"
+#include "shell/text.h"
+
+namespace lv {
+
+namespace {
+
+inline constexpr int32_t kErrJpegRead = 22;
+inline constexpr int32_t kErrJpegWrite = 23;
+
+// ---------------------------------------------------------------------------
+// Errors. libjpeg reports a fatal error by calling error_exit, which must not
+// return. Ours longjmps back to the function that started the work. Those
+// functions (DecodeJpeg, EncodeJpeg) keep every piece of state in a job record
+// of plain C data, and no C++ object with a destructor lives between their
+// setjmp and any libjpeg call, so the jump skips no destructor. Memory that
+// libjpeg allocates belongs to its own pools and goes with jpeg_destroy_*.
+
+struct JumpTarget {
+    std::jmp_buf buffer;
+    int32_t code;         // the result the jump carries
+    int32_t failureCode;  // what a libjpeg error means here: 22 reading, 23 writing
+};
+
+[[noreturn]] void JumpWith(j_common_ptr cinfo, int32_t code)
+{
+    JumpTarget* target = static_cast<JumpTarget*>(cinfo->client_data);
+    target->code = code;
+    std::longjmp(target->buffer, 1);
+}
+
+void OnJpegError(j_common_ptr cinfo)
+{
+    const JumpTarget* target = static_cast<const JumpTarget*>(cinfo->client_data);
+    JumpWith(cinfo, cinfo->err->msg_code == JERR_OUT_OF_MEMORY
+                        ? static_cast<int32_t>(kErrOutOfMemory)
+                        : target->failureCode);
+}
+
+// Traces and warnings are dropped: nothing is printed. The one warning that
+// fails the read is the end of the file reached while data was still wanted;
+// libjpeg would go on with an invented end marker and paint the rest gray.
+void OnJpegMessage(j_common_ptr cinfo, int level)
+{
+    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF) {
+        const JumpTarget* target = static_cast<const JumpTarget*>(cinfo->client_data);
+        JumpWith(cinfo, target->failureCode);
+    }
+}
+
+void OnJpegOutput(j_common_ptr) {}
+
+// libjpeg's own way of passing either record to its common calls.
+j_common_ptr Common(jpeg_decompress_struct& cinfo)
+{
+    return reinterpret_cast<j_common_ptr>(&cinfo);
+}
+
+void InstallErrorHandlers(jpeg_error_mgr& errors)
+{
+    jpeg_std_error(&errors);
+    errors.error_exit = OnJpegError;
+    errors.emit_message = OnJpegMessage;
+    errors.output_message = OnJpegOutput;
+}
+
+// ---------------------------------------------------------------------------
+// Reading
+
+// Pixels a byte of file must at least carry; see the size guard in jpeg.h.
+inline constexpr int64_t kHuffmanPixelsPerByte = 2048;
+inline constexpr int64_t kArithmeticPixelsPerByte = 16384;
+
+struct ReadJob {
+    JumpTarget jump;
+    jpeg_decompress_struct cinfo;
+    jpeg_error_mgr errors;
+    jpeg_progress_mgr progress;
+    std::FILE* stream;
+    int64_t fileSize;
+    Image* image;
+    double resolution;
+    bool showBox;
+    bool boxOpen;
+    int32_t lastPercent;
+};
+// Nothing here has a destructor for a jump to skip, and libjpeg's client
+// data, which points at the job, also points at its jump target.
+static_assert(std::is_trivially_destructible_v<ReadJob> && std::is_standard_layout_v<ReadJob>);
+
+// The percent done of the whole read, from libjpeg's pass counters: a
+// multi-scan file (progressive, or one scan per component) first reads all
+// its scans, one pass, then writes out its rows, the second pass.
+int32_t PassPercent(const jpeg_progress_mgr& progress, int64_t counter, int64_t limit)
+{
+    if (limit <= 0 || progress.total_passes <= 0) return 0;
+    if (counter > limit) counter = limit;
+    const int64_t done = progress.completed_passes * limit + counter;
+    return static_cast<int32_t>(done * 100 / (int64_t{progress.total_passes} * limit));
+}
+
+// Reports a step to the box; a Cancel ends the read with 11.
+void ReportReadStep(ReadJob& job, int32_t percent)
+{
+    if (!job.boxOpen) return;
+    if (percent < job.lastPercent) percent = job.lastPercent;  // libjpeg may revise its estimate
+    if (percent > 100) percent = 100;
+    job.lastPercent = percent;
+    if (ProgressStep(percent) != 0) JumpWith(Common(job.cinfo), kErrAborted);
+}
+
+// Called by libjpeg while it reads the scans of a multi-scan file, before the
+// first row comes out.
+void OnReadProgress(j_common_ptr cinfo)
+{
+    ReadJob* job = static_cast<ReadJob*>(cinfo->client_data);
+    const jpeg_progress_mgr& progress = *cinfo->progress;
+    ReportReadStep(*job, PassPercent(progress, progress.pass_counter, progress.pass_limit));
+}
+
+inline uint8_t Product8(int32_t a, int32_t b) { return static_cast<uint8_t>((a * b + 127) / 255); }
+
+// CMYK to blue, green, red. Files with an Adobe marker (Photoshop's, and
+// every YCCK file) store the inks inverted, 255 meaning none; the others store
+// 0 for none. Red is what cyan and black leave of white, and so on.
+void CmykToBgr(const uint8_t* in, uint8_t* out, int32_t width, bool inverted)
+{
+    for (int32_t x = 0; x < width; ++x, in += 4, out += 3) {
+        int32_t c = in[0], m = in[1], y = in[2], k = in[3];
+        if (!inverted) c = 255 - c, m = 255 - m, y = 255 - y, k = 255 - k;
+        out[0] = Product8(y, k);
+        out[1] = Product8(m, k);
+        out[2] = Product8(c, k);
+    }
+}
+
+// The libjpeg part of a read. Returns 0 or a result code; on failure the
+// image may hold a partial picture, which the caller frees.
+int32_t DecodeJpeg(ReadJob& job)
+{
+    jpeg_decompress_struct& cinfo = job.cinfo;
+    cinfo.err = &job.errors;
+    InstallErrorHandlers(job.errors);
+    job.jump.failureCode = kErrJpegRead;
+    cinfo.client_data = &job;  // the jump target is the job's first member
+    if (setjmp(job.jump.buffer)) {
+        jpeg_destroy_decompress(&cinfo);
+        return job.jump.code;
+    }
+    jpeg_create_decompress(&cinfo);
+    jpeg_stdio_src(&cinfo, job.stream);
+    jpeg_read_header(&cinfo, TRUE);
+
+    const int64_t pixels = int64_t{cinfo.image_width} * cinfo.image_height;
+    const int64_t perByte = cinfo.arith_code ? kArithmeticPixelsPerByte : kHuffmanPixelsPerByte;
+    if (pixels > job.fileSize * perByte) JumpWith(Common(cinfo), kErrJpegRead);
+
+    const bool gray = cinfo.num_components == 1;
+    const bool cmyk = cinfo.jpeg_color_space == JCS_CMYK || cinfo.jpeg_color_space == JCS_YCCK;
+    cinfo.out_color_space = gray ? JCS_GRAYSCALE : (cmyk ? JCS_CMYK : JCS_EXT_BGR);
+    jpeg_calc_output_dimensions(&cinfo);
+    const int32_t width = static_cast<int32_t>(cinfo.output_width);
+    const int32_t height = static_cast<int32_t>(cinfo.output_height);
+    const int32_t code =
+        ImageAlloc(*job.image, gray ? kImageGray : kImageColor, width, height, job.resolution);
+    if (code != 0) JumpWith(Common(cinfo), code);
+
+    JSAMPARRAY cmykRow = nullptr;
+    if (cmyk)
+        cmykRow = (*cinfo.mem->alloc_sarray)(Common(cinfo), JPOOL_IMAGE,
+                                             static_cast<JDIMENSION>(width) * 4, 1);
+
+    if (job.showBox) {
+        ProgressOpen(0, 100, "File Open (JPEG)", true);
+        job.boxOpen = true;
+    }
+    job.progress.progress_monitor = OnReadProgress;
+    cinfo.progress = &job.progress;
+    jpeg_start_decompress(&cinfo);
+    // From here on the steps come from the rows themselves.
+    cinfo.progress = nullptr;
+
+    const int32_t bytesPerPixel = gray ? 1 : 3;
+    const size_t used = static_cast<size_t>(width) * bytesPerPixel;
+    const size_t padding = static_cast<size_t>(job.image->stride) - used;
+    while (cinfo.output_scanline < cinfo.output_height) {
+        uint8_t* target = job.image->rows[height - 1 - static_cast<int32_t>(cinfo.output_scanline)];
+        JSAMPROW row = cmyk ? cmykRow[0] : target;
+        if (jpeg_read_scanlines(&cinfo, &row, 1) != 1) JumpWith(Common(cinfo), kErrJpegRead);
+        if (cmyk) CmykToBgr(row, target, width, cinfo.saw_Adobe_marker != 0);
+        if (padding > 0) std::memset(target + used, 0, padding);
+        ReportReadStep(job, PassPercent(job.progress, cinfo.output_scanline, height));
+    }
+    // jpeg_finish_decompress is skipped on purpose: it would read on to the
+    // end marker, and a file whose rows are all there is good enough.
+    jpeg_destroy_decompress(&cinfo);
+    return kOk;
+}
+
+// ---------------------------------------------------------------------------
+// Writing
+
+struct WriteJob {
+    JumpTarget jump;
+    jpeg_compress_struct cinfo;
+    jpeg_error_mgr errors;
+    std::FILE* stream;
+    const Image* image;
+    int32_t scale;
+    int32_t sampling;
+};
+static_assert(std::is_trivially_destructible_v<WriteJob> && std::is_standard_layout_v<WriteJob>);
+
+// The libjpeg part of a write. Returns 0 or a result code.
+int32_t EncodeJpeg(WriteJob& job)
+{
+    jpeg_compress_struct& cinfo = job.cinfo;
+    const Image& image = *job.image;
+    cinfo.err = &job.errors;
+    InstallErrorHandlers(job.errors);
+    job.jump.failureCode = kErrJpegWrite;
+    cinfo.client_data = &job;
+    if (setjmp(job.jump.buffer)) {
+        jpeg_destroy_compress(&cinfo);
+        return job.jump.code;
+    }
+    jpeg_create_compress(&cinfo);
+    jpeg_stdio_dest(&cinfo, job.stream);
+    cinfo.image_width = static_cast<JDIMENSION>(image.width);
+    cinfo.image_height = static_cast<JDIMENSION>(image.height);
+    const bool gray = image.kind == kImageGray;
+    cinfo.input_components = gray ? 1 : 3;
+    cinfo.in_color_space = gray ? JCS_GRAYSCALE : JCS_EXT_BGR;
+    jpeg_set_defaults(&cinfo);
+    jpeg_set_linear_quality(&cinfo, job.scale, TRUE);
+    if (!gray) {
+        const int32_t luminance = job.sampling == kJpegSampling422   ? 2
+                                  : job.sampling == kJpegSampling411 ? 4
+                                                                     : 1;
+        cinfo.comp_info[0].h_samp_factor = luminance;
+        for (int32_t c = 0; c < 3; ++c) {
+            cinfo.comp_info[c].v_samp_factor = 1;
+            if (c > 0) cinfo.comp_info[c].h_samp_factor = 1;
+        }
+    }
+    cinfo.write_JFIF_header = TRUE;
+    const int32_t dpi = RoundToInt(image.resolution);
+    if (dpi >= 1 && dpi <= 65535) {
+        cinfo.density_unit = 1;  // dots per inch
+        cinfo.X_density = static_cast<UINT16>(dpi);
+        cinfo.Y_density = static_cast<UINT16>(dpi);
+    } else {
+        cinfo.density_unit = 0;  // aspect ratio only
+        cinfo.X_density = 1;
+        cinfo.Y_density = 1;
+    }
+
+    jpeg_start_compress(&cinfo, TRUE);
+    while (cinfo.next_scanline < cinfo.image_height) {
+        // libjpeg only reads the rows it is given.
+        JSAMPROW row = image.rows[image.height - 1 - static_cast<int32_t>(cinfo.next_scanline)];
+        jpeg_write_scanlines(&cinfo, &row, 1);
+        const int64_t percent = int64_t{cinfo.next_scanline} * 100 / image.height;
+        if (ProgressStep(static_cast<int32_t>(percent)) != 0) {
+            jpeg_destroy_compress(&cinfo);
+            return kErrAborted;
+        }
+    }
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    return kOk;
+}
+
+// ---------------------------------------------------------------------------
+// The palette summary (described in jpeg.h)
+
+inline constexpr int32_t kCells = 32 * 32 * 32;
+
+struct PaletteHistogram {
+    std::unique_ptr<uint32_t[]> counts;  // pixels a cell
+    std::unique_ptr<uint64_t[]> sums;    // red, green, blue sums a cell
+};
+
+// Cell of a colour: red, green and blue in 5 bits each, red highest.
+inline int32_t CellIndex(int32_t r, int32_t g, int32_t b) { return (r << 10) | (g << 5) | b; }
+
+struct ColorBox {
+    int32_t lo[3];  // red, green, blue cell bounds, inclusive
+    int32_t hi[3];
+    uint64_t count;
+};
+
+// Narrows a box to its occupied cells and counts its pixels. A box with no
+// pixel keeps count 0.
+void ShrinkBox(const PaletteHistogram& histogram, ColorBox& box)
+{
+    int32_t lo[3] = {31, 31, 31}, hi[3] = {0, 0, 0};
+    uint64_t count = 0;
+    for (int32_t r = box.lo[0]; r <= box.hi[0]; ++r)
+        for (int32_t g = box.lo[1]; g <= box.hi[1]; ++g)
+            for (int32_t b = box.lo[2]; b <= box.hi[2]; ++b) {
+                const uint32_t n = histogram.counts[CellIndex(r, g, b)];
+                if (n == 0) continue;
+                count += n;
+                const int32_t v[3] = {r, g, b};
+                for (int32_t a = 0; a < 3; ++a) {
+                    if (v[a] < lo[a]) lo[a] = v[a];
+                    if (v[a] > hi[a]) hi[a] = v[a];
+                }
+            }
+    box.count = count;
+    if (count == 0) return;
+    for (int32_t a = 0; a < 3; ++a) box.lo[a] = lo[a], box.hi[a] = hi[a];
+}
+
+// Cuts `box` in two across its longest side; `upper` gets the far part.
+void SplitBox(const PaletteHistogram& histogram, ColorBox& box, ColorBox& upper)
+{
+    static constexpr int32_t kAxisOrder[3] = {1, 0, 2};  // green, red, blue
+    int32_t axis = kAxisOrder[0];
+    for (int32_t a : kAxisOrder)
+        if (box.hi[a] - box.lo[a] > box.hi[axis] - box.lo[axis]) axis = a;
+
+    uint64_t plane[32] = {};
+    for (int32_t r = box.lo[0]; r <= box.hi[0]; ++r)
+        for (int32_t g = box.lo[1]; g <= box.hi[1]; ++g)
+            for (int32_t b = box.lo[2]; b <= box.hi[2]; ++b) {
+                const int32_t v[3] = {r, g, b};
+                plane[v[axis]] += histogram.counts[CellIndex(r, g, b)];
+            }
+    int32_t cut = box.lo[axis];
+    uint64_t below = plane[cut];
+    while (cut < box.hi[axis] - 1 && below * 2 < box.count) below += plane[++cut];
+
+    upper = box;
+    box.hi[axis] = cut;
+    upper.lo[axis] = cut + 1;
+    ShrinkBox(histogram, box);
+    ShrinkBox(histogram, upper);
+}
+
+void BoxColor(const PaletteHistogram& histogram, const ColorBox& box, uint8_t* rgb)
+{
+    uint64_t sum[3] = {0, 0, 0};
+    for (int32_t r = box.lo[0]; r <= box.hi[0]; ++r)
+        for (int32_t g = box.lo[1]; g <= box.hi[1]; ++g)
+            for (int32_t b = box.lo[2]; b <= box.hi[2]; ++b)
+                for (int32_t a = 0; a < 3; ++a)
+                    sum[a] += histogram.sums[CellIndex(r, g, b) * 3 + a];
+    for (int32_t a = 0; a < 3; ++a)
+        rgb[a] = static_cast<uint8_t>((sum[a] + box.count / 2) / box.count);
+}
+
+void PaletteSummary(const Image& image, const PaletteHistogram& histogram, uint8_t* palette)
+{
+    std::memset(palette, 0, 768);
+    if (image.kind == kImageGray) {
+        for (int32_t i = 0; i < 256; ++i) std::memset(palette + i * 3, i, 3);
+        return;
+    }
+    std::memset(histogram.counts.get(), 0, sizeof(uint32_t) * kCells);
+    std::memset(histogram.sums.get(), 0, sizeof(uint64_t) * kCells * 3);
+    for (int32_t y = 0; y < image.height; ++y) {
+        const uint8_t* p = image.rows[y];
+        for (int32_t x = 0; x < image.width; ++x, p += 3) {
+            const int32_t cell = CellIndex(p[2] >> 3, p[1] >> 3, p[0] >> 3);
+            ++histogram.counts[cell];
+            histogram.sums[cell * 3] += p[2];
+            histogram.sums[cell * 3 + 1] += p[1];
+            histogram.sums[cell * 3 + 2] += p[0];
+        }
+    }
+
+    ColorBox boxes[256];
+    boxes[0] = ColorBox{{0, 0, 0}, {31, 31, 31}, 0};
+    ShrinkBox(histogram, boxes[0]);
+    if (boxes[0].count == 0) return;
+    int32_t boxCount = 1;
+    while (boxCount < 256) {
+        int32_t chosen = -1;
+        for (int32_t i = 0; i < boxCount; ++i) {
+            const ColorBox& box = boxes[i];
+            const bool splittable =
+                box.hi[0] > box.lo[0] || box.hi[1] > box.lo[1] || box.hi[2] > box.lo[2];
+            if (splittable && (chosen < 0 || box.count > boxes[chosen].count)) chosen = i;
+        }
+        if (chosen < 0) break;
+        SplitBox(histogram, boxes[chosen], boxes[boxCount]);
+        ++boxCount;
+    }
+    for (int32_t i = 0; i < boxCount; ++i) BoxColor(histogram, boxes[i], palette + i * 3);
+}
+
+}  // namespace
+
+bool LooksLikeJpeg(const uint8_t* bytes, size_t count)
+{
+    return bytes && count >= 3 && bytes[0] == 0xFF && bytes[1] == 0xD8 && bytes[2] == 0xFF;
+}
+
+int32_t JpegFactor(int32_t quality) { return (100 - quality) * 254 / 100 + 1; }
+
+int32_t JpegScale(int32_t factor)
+{
+    if (factor < 1) factor = 1;
+    if (factor > 255) factor = 255;
+    int32_t quality = 100 - ((factor - 1) * 100 + 127) / 254;
+    if (quality < 1) quality = 1;
+    return quality < 50 ? 5000 / quality : 200 - quality * 2;
+}
+
+int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
+{
+    int32_t result = kErrJpegRead;
+    {
+        File file;
+        int64_t size = 0;
+        uint8_t head[3] = {};
+        int64_t count = sizeof head;
+        if (FileOpenRead(path, file) != 0 || FileSize(file, size) != 0) return kErrJpegRead;
+        if (FileRead(file, count, head) != 0 || !LooksLikeJpeg(head, static_cast<size_t>(count)))
+            return kErrJpegRead;
+        if (FileSeek(file, 0) != 0) return kErrJpegRead;
+
+        ReadJob job{};
+        job.stream = file.stream;
+        job.fileSize = size;
+        job.image = &image;
+        job.resolution = CurrentPreferences().defaultResolution;
+        job.showBox = showBox;
+        result = DecodeJpeg(job);
+        if (job.boxOpen) ProgressClose();
+    }
+    if (result != kOk) ImageFree(image);
+    return result;
+}
+
+int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,
+                  uint8_t* palette768)
+{
+    if (image.kind != kImageGray && image.kind != kImageColor) return kErrJpegWrite;
+    if (!image.rows || image.width <= 0 || image.height <= 0) return kErrJpegWrite;
+    if (quality < 0) quality = 0;
+    if (quality > 100) quality = 100;
+
+    // The histogram of the palette summary is taken before the file is made,
+    // so that a shortage of memory leaves the disk untouched.
+    PaletteHistogram histogram;
+    if (palette768 && image.kind == kImageColor) {
+        histogram.counts.reset(new (std::nothrow) uint32_t[kCells]);
+        histogram.sums.reset(new (std::nothrow) uint64_t[kCells * 3]);
+        if (!histogram.counts || !histogram.sums) return kErrOutOfMemory;
+    }
+
+    File file;
+    if (FileCreate(path, file) != 0) return kErrJpegWrite;
+    WriteJob job{};
+    job.stream = file.stream;
+    job.image = &image;
+    job.scale = JpegScale(JpegFactor(quality));
+    job.sampling = sampling;
+    ProgressOpen(0, 100, "File Save (JPEG)", true);
+    int32_t result = EncodeJpeg(job);
+    ProgressClose();
+    if (FileClose(file) != 0 && result == kOk) result = kErrJpegWrite;
+    if (result != kOk) {
+        FileDelete(path);
+        return result;
+    }
+    if (palette768) PaletteSummary(image, histogram, palette768);
+    return kOk;
+}
+
+std::string JpegVersion()
+{
+#define LV_JPEG_TEXT_(x) #x
+#define LV_JPEG_TEXT(x) LV_JPEG_TEXT_(x)
+#ifdef LIBJPEG_TURBO_VERSION
+    return "libjpeg-turbo " LV_JPEG_TEXT(LIBJPEG_TURBO_VERSION);
+#else
+    return "libjpeg " + std::to_string(JPEG_LIB_VERSION);
+#endif
+#undef LV_JPEG_TEXT
+#undef LV_JPEG_TEXT_
+}
+
+}  // namespace lv

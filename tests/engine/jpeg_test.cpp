@@ -1,0 +1,217 @@
+#include "files/jpeg.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "shell/errors.h"
+#include "shell/preferences.h"
+#include "support/scripted_frontend.h"
+
+namespace lv {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct TempDir {
+    fs::path path = fs::temp_directory_path() / ("lumivue-jpeg-" + std::to_string(::getpid()));
+    TempDir() { fs::create_directories(path); }
+    ~TempDir() { fs::remove_all(path); }
+    std::string operator/(const char* name) const { return (path / name).string(); }
+};
+
+std::string Contents(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// Smooth ramps with a little texture, running up the picture from row 0 at
+// the bottom, so a picture read upside down is far off.
+Image Picture(int32_t kind, int32_t width, int32_t height)
+{
+    Image image;
+    EXPECT_EQ(ImageAlloc(image, kind, width, height, 300.0), 0);
+    const int32_t channels = kind == kImageColor ? 3 : 1;
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width * channels; ++x)
+            image.rows[y][x] = static_cast<uint8_t>(x / 10 + y * 3 / 5 + (x * y) % 5);
+    return image;
+}
+
+double MeanError(const Image& a, const Image& b)
+{
+    const int32_t bytes = a.width * (a.kind == kImageColor ? 3 : 1);
+    double sum = 0;
+    for (int32_t y = 0; y < a.height; ++y)
+        for (int32_t i = 0; i < bytes; ++i) sum += std::abs(a.rows[y][i] - b.rows[y][i]);
+    return sum / (static_cast<double>(bytes) * a.height);
+}
+
+TEST(Jpeg, RoundTripsKeepKindSizeAndOrientationWithinTolerance)
+{
+    TempDir dir;
+    const std::string path = dir / "picture.jpg";
+    const double savedResolution = CurrentPreferences().defaultResolution;
+    CurrentPreferences().defaultResolution = 123.5;
+    for (int32_t kind : {kImageGray, kImageColor}) {
+        const Image original = Picture(kind, 333, 201);
+        for (auto [quality, tolerance] : {std::pair{97, 1.0}, std::pair{50, 2.0}}) {
+            ASSERT_EQ(JPEGWrite(path, original, quality, kJpegSampling444, nullptr), 0);
+            Image read;
+            ASSERT_EQ(JPEGRead(path, read, true), 0);
+            EXPECT_EQ(read.kind, kind);
+            ASSERT_TRUE(read.width == 333 && read.height == 201);
+            EXPECT_EQ(read.resolution, 123.5);  // the file says 300 dpi; it is not read
+            EXPECT_LT(MeanError(original, read), tolerance) << kind << " at " << quality;
+        }
+    }
+    // The written JFIF density is the image's, in dots per inch.
+    const std::string bytes = Contents(path);
+    EXPECT_EQ(bytes.substr(6, 10), std::string("JFIF\0\1\1\1\1\x2C", 10));
+
+    // Top half white, bottom half black: row 0 is the bottom row.
+    Image halves;
+    ASSERT_EQ(ImageAlloc(halves, kImageGray, 64, 64, 72.0), 0);
+    for (int32_t y = 0; y < 64; ++y) std::memset(halves.rows[y], y < 32 ? 0 : 255, 64);
+    ASSERT_EQ(JPEGWrite(path, halves, 90, 0, nullptr), 0);
+    Image read;
+    ASSERT_EQ(JPEGRead(path, read, false), 0);
+    EXPECT_LT(read.rows[0][10], 10);
+    EXPECT_GT(read.rows[63][10], 245);
+    CurrentPreferences().defaultResolution = savedResolution;
+}
+
+TEST(Jpeg, QualityFactorTablesAndSampling)
+{
+    EXPECT_EQ(JpegFactor(100), 1);
+    EXPECT_EQ(JpegFactor(97), 8);
+    EXPECT_EQ(JpegFactor(0), 255);
+    EXPECT_EQ(JpegScale(1), 0);
+    EXPECT_EQ(JpegScale(JpegFactor(97)), 6);  // libjpeg's own curve
+    EXPECT_EQ(JpegScale(255), 5000);
+
+    TempDir dir;
+    const Image picture = Picture(kImageColor, 333, 201);
+    // Quality 100: every entry of the first quantisation table is 1.
+    ASSERT_EQ(JPEGWrite(dir / "q100.jpg", picture, 100, 0, nullptr), 0);
+    const std::string q100 = Contents(dir / "q100.jpg");
+    EXPECT_EQ(q100.substr(q100.find("\xFF\xDB") + 5, 64), std::string(64, '\1'));
+
+    uintmax_t sizes[3] = {};
+    for (int32_t sampling = 0; sampling < 3; ++sampling) {
+        ASSERT_EQ(JPEGWrite(dir / "sampled.jpg", picture, 90, sampling, nullptr), 0);
+        sizes[sampling] = fs::file_size(dir / "sampled.jpg");
+    }
+    EXPECT_GT(sizes[0], sizes[1] * 11 / 10);
+    EXPECT_GT(sizes[1], sizes[2]);
+}
+
+TEST(Jpeg, CancelStopsReadingAndWritingAndLeavesNoFile)
+{
+    TempDir dir;
+    const std::string path = dir / "abort.jpg";
+    const Image picture = Picture(kImageColor, 120, 300);
+    ASSERT_EQ(JPEGWrite(path, picture, 80, 0, nullptr), 0);
+
+    test::ScriptedFrontEnd fe;
+    fe.abortAtStep = 50;
+    ScopedFrontEnd installed(fe);
+    Image read;
+    EXPECT_EQ(JPEGRead(path, read, true), kErrAborted);
+    EXPECT_EQ(read.kind, kImageEmpty);
+    EXPECT_EQ(fe.steps.back(), 50);
+    EXPECT_EQ(fe.titles.at(0), "File Open (JPEG)");
+
+    EXPECT_EQ(JPEGWrite(path, picture, 80, 0, nullptr), kErrAborted);
+    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(fe.titles.back(), "File Save (JPEG)");
+    EXPECT_EQ(ProgressCurrent(), nullptr);
+}
+
+TEST(Jpeg, BadFilesAndImagesFailWithTheirCodes)
+{
+    TempDir dir;
+    Image read;
+    std::ofstream(dir / "text.jpg") << "not a picture at all";
+    EXPECT_EQ(JPEGRead(dir / "text.jpg", read, true), 22);
+    EXPECT_EQ(JPEGRead(dir / "missing.jpg", read, true), 22);
+
+    // A small file whose header claims 60000 by 60000 pixels fails at once,
+    // and one cut short is refused rather than shown with a gray remainder.
+    const Image small = Picture(kImageGray, 200, 200);
+    ASSERT_EQ(JPEGWrite(dir / "bomb.jpg", small, 90, 0, nullptr), 0);
+    std::string bytes = Contents(dir / "bomb.jpg");
+    std::ofstream(dir / "cut.jpg", std::ios::binary) << bytes.substr(0, bytes.size() / 2);
+    EXPECT_EQ(JPEGRead(dir / "cut.jpg", read, true), 22);
+    EXPECT_EQ(read.kind, kImageEmpty);
+    bytes.replace(bytes.find("\xFF\xC0") + 5, 4, "\xEA\x60\xEA\x60");
+    std::ofstream(dir / "bomb.jpg", std::ios::binary) << bytes;
+    EXPECT_EQ(JPEGRead(dir / "bomb.jpg", read, true), 22);
+
+    Image binary;
+    ASSERT_EQ(ImageAlloc(binary, kImageBinary, 64, 64, 72.0), 0);
+    EXPECT_EQ(JPEGWrite(dir / "binary.jpg", binary, 90, 0, nullptr), 23);
+    EXPECT_FALSE(fs::exists(dir / "binary.jpg"));
+    EXPECT_EQ(JPEGWrite(dir / "no/such/folder.jpg", small, 90, 0, nullptr), 23);
+}
+
+TEST(Jpeg, PaletteSummarisesTheColours)
+{
+    TempDir dir;
+    Image two;
+    ASSERT_EQ(ImageAlloc(two, kImageColor, 40, 30, 72.0), 0);
+    const uint8_t bgr[2][3] = {{40, 30, 200}, {220, 120, 10}};
+    for (int32_t y = 0; y < 30; ++y)
+        for (int32_t x = 0; x < 40; ++x) std::memcpy(two.rows[y] + x * 3, bgr[x < 25], 3);
+    uint8_t palette[768];
+    ASSERT_EQ(JPEGWrite(dir / "two.jpg", two, 90, 0, palette), 0);
+    // Red is the longest side of the first box; the part with less red comes
+    // first. Entries are red, green, blue; the unused ones black.
+    const uint8_t expected[6] = {10, 120, 220, 200, 30, 40};
+    EXPECT_EQ(std::memcmp(palette, expected, 6), 0);
+    EXPECT_EQ(std::count(palette + 6, palette + 768, 0), 762);
+
+    ASSERT_EQ(JPEGWrite(dir / "gray.jpg", Picture(kImageGray, 20, 20), 90, 0, palette), 0);
+    EXPECT_TRUE(palette[3 * 77] == 77 && palette[3 * 255 + 2] == 255);
+}
+
+#ifdef LUMIVUE_TESTDATA
+const fs::path kData = LUMIVUE_TESTDATA;
+#else
+const fs::path kData;
+#endif
+
+TEST(Jpeg, SharedFilesOpenAndDamagedOnesFailCleanly)
+{
+    if (kData.empty() || !fs::exists(kData / "jpeg")) GTEST_SKIP() << "no test data";
+    for (const auto& entry : fs::directory_iterator(kData / "jpeg")) {
+        Image image;
+        EXPECT_EQ(JPEGRead(entry.path().string(), image, true), 0) << entry.path();
+        const bool gray = entry.path().filename() == "s_gray.jpg";
+        EXPECT_EQ(image.kind, gray ? kImageGray : kImageColor) << entry.path();
+    }
+    // The Adobe YCCK file is the 4:4:4 picture separated: colours must agree.
+    Image cmyk, rgb;
+    ASSERT_EQ(JPEGRead((kData / "jpeg/s_cmyk.jpg").string(), cmyk, false), 0);
+    ASSERT_EQ(JPEGRead((kData / "jpeg/s_baseline_444.jpg").string(), rgb, false), 0);
+    EXPECT_LT(MeanError(cmyk, rgb), 6.0);
+
+    // Truncated and random files fail; flipped bytes may still decode.
+    for (const auto& entry : fs::directory_iterator(kData / "corrupt")) {
+        if (entry.path().extension() != ".jpg") continue;
+        const std::string name = entry.path().filename().string();
+        Image image;
+        const int32_t result = JPEGRead(entry.path().string(), image, true);
+        EXPECT_TRUE(result == 22 || (result == 0 && name.starts_with("flipped"))) << name;
+    }
+}
+
+}  // namespace
+}  // namespace lv
