@@ -553,9 +553,9 @@ bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
               TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric) &&
               TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
               TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) &&
-              TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
-    if (ok && bits != 1 && !palette)
-        ok = TIFFSetField(tif, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+              // The program chooses no compression of its own: libtiff's
+              // default, none, which every reader takes and is the fastest.
+              TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     if (ok) ok = TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tif, 0));
     if (ok && header.xResolution > 0) {
         const int32_t y = header.yResolution > 0 ? header.yResolution : header.xResolution;
