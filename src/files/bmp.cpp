@@ -15,12 +15,15 @@
 #include <stdexcept>
 #include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "shell/errors.h"
 
 namespace lv {
 
 namespace {
+
+using namespace codec;
 
 constexpr int64_t kFileHeaderSize = 14;
 constexpr int64_t kCoreHeaderSize = 12;
@@ -40,42 +43,8 @@ enum BmpCompression : uint32_t {
 constexpr uint32_t kProfileEmbedded = 0x4D424544;  // "MBED"
 constexpr uint32_t kProfileLinked = 0x4C494E4B;    // "LINK"
 
-uint16_t Get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
-
-uint32_t Get32(const uint8_t* p)
-{
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-void Put16(uint8_t* p, uint32_t v)
-{
-    p[0] = static_cast<uint8_t>(v);
-    p[1] = static_cast<uint8_t>(v >> 8);
-}
-
-void Put32(uint8_t* p, uint32_t v)
-{
-    Put16(p, v);
-    Put16(p + 2, v >> 16);
-}
-
 // The codec's result for a callback's refusal: the abort passes through,
 // anything else is a plain failure.
-int32_t Stopped(int32_t result) { return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed; }
-
-bool Allocate(std::vector<uint8_t>& buffer, int64_t size)
-{
-    try {
-        buffer.assign(static_cast<size_t>(size), 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    } catch (const std::length_error&) {
-        return false;
-    }
-    return true;
-}
-
 // Bytes of a stored row: whole 32-bit words.
 int64_t StoredRowBytes(int64_t width, int32_t bitCount) { return (width * bitCount + 31) / 32 * 4; }
 

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "shell/errors.h"
 
@@ -19,24 +20,12 @@ namespace lv {
 
 namespace {
 
+using namespace codec;
+
 constexpr double kMetresPerInch = 0.02540005;
 constexpr double kPointsPerInch = 72.0;
 constexpr int32_t kHexPerLine = 64;
 constexpr char kHexDigits[] = "0123456789ABCDEF";
-
-int32_t Stopped(int32_t result) { return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed; }
-
-bool Allocate(std::vector<uint8_t>& buffer, int64_t size)
-{
-    try {
-        buffer.assign(static_cast<size_t>(size), 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    } catch (const std::length_error&) {
-        return false;
-    }
-    return true;
-}
 
 bool WriteText(File& file, const char* text)
 {
@@ -50,15 +39,6 @@ int64_t Thousandths(int32_t pixels, int32_t perMetre)
 {
     double dpi = perMetre > 0 ? perMetre * kMetresPerInch : kPointsPerInch;
     return static_cast<int64_t>(pixels * kPointsPerInch / dpi * 1000.0 + 0.5);
-}
-
-bool IsGrayRamp(const LibraryHeader& header)
-{
-    for (int32_t i = 0; i < 256; ++i) {
-        const uint8_t* entry = header.palette[i];
-        if (entry[0] != i || entry[1] != i || entry[2] != i) return false;
-    }
-    return true;
 }
 
 // The colour space and the sample layout of the picture.

@@ -25,7 +25,6 @@
 namespace lv {
 
 std::string GifVersion();
-
 namespace {
 
 // LZW with codes of at least 3 bits and strings of at most 4096 pixels: a

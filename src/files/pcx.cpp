@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "image/pixel.h"
 #include "shell/errors.h"
@@ -24,6 +25,8 @@
 namespace lv {
 
 namespace {
+
+using namespace codec;
 
 constexpr int64_t kHeaderSize = 128;
 constexpr uint8_t kManufacturer = 0x0A;
@@ -40,28 +43,6 @@ constexpr uint8_t kStandardColours[16][3] = {
     {170, 85, 0},  {170, 170, 170}, {85, 85, 85},   {85, 85, 255},   {85, 255, 85}, {85, 255, 255},
     {255, 85, 85}, {255, 85, 255},  {255, 255, 85}, {255, 255, 255},
 };
-
-uint16_t Get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
-
-void Put16(uint8_t* p, uint32_t v)
-{
-    p[0] = static_cast<uint8_t>(v);
-    p[1] = static_cast<uint8_t>(v >> 8);
-}
-
-int32_t Stopped(int32_t result) { return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed; }
-
-bool Allocate(std::vector<uint8_t>& buffer, int64_t size)
-{
-    try {
-        buffer.assign(static_cast<size_t>(size), 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    } catch (const std::length_error&) {
-        return false;
-    }
-    return true;
-}
 
 // How the rows go out.
 enum class RowForm { Bits, Indices, Colour };
@@ -287,15 +268,6 @@ int64_t EncodePlane(const uint8_t* bytes, int64_t count, uint8_t* out)
         i += run;
     }
     return length;
-}
-
-bool IsGrayRamp(const LibraryHeader& header)
-{
-    for (int32_t i = 0; i < 256; ++i) {
-        const uint8_t* entry = header.palette[i];
-        if (entry[0] != i || entry[1] != i || entry[2] != i) return false;
-    }
-    return true;
 }
 
 }  // namespace

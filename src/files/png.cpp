@@ -29,7 +29,6 @@
 namespace lv {
 
 std::string PngVersion();
-
 namespace {
 
 constexpr int64_t kMaxPictureBytes = int64_t{1} << 30;

@@ -18,12 +18,15 @@
 #include <stdexcept>
 #include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "shell/errors.h"
 
 namespace lv {
 
 namespace {
+
+using namespace codec;
 
 constexpr int64_t kHeaderSize = 18;
 constexpr int32_t kLargestRun = 128;  // pixels in one packet
@@ -43,28 +46,6 @@ constexpr uint8_t kRightToLeft = 0x10;
 constexpr uint8_t kTopToBottom = 0x20;
 
 constexpr char kFooterSignature[] = "TRUEVISION-XFILE.";
-
-uint16_t Get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
-
-void Put16(uint8_t* p, uint32_t v)
-{
-    p[0] = static_cast<uint8_t>(v);
-    p[1] = static_cast<uint8_t>(v >> 8);
-}
-
-int32_t Stopped(int32_t result) { return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed; }
-
-bool Allocate(std::vector<uint8_t>& buffer, int64_t size)
-{
-    try {
-        buffer.assign(static_cast<size_t>(size), 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    } catch (const std::length_error&) {
-        return false;
-    }
-    return true;
-}
 
 // A 5-bit colour scaled to 0..255, rounded.
 uint8_t Scale5(uint32_t value) { return static_cast<uint8_t>(((value & 31) * 255 + 15) / 31); }
@@ -337,15 +318,6 @@ int32_t DeliverRows(File& file, const TargaInfo& info, const LibraryReader& read
 }
 
 // Whether an 8-bit colour table is the gray ramp that makes indices gray levels.
-bool IsGrayRamp(const LibraryHeader& header)
-{
-    for (int32_t i = 0; i < 256; ++i) {
-        const uint8_t* entry = header.palette[i];
-        if (entry[0] != i || entry[1] != i || entry[2] != i) return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 // ---- Reading and writing --------------------------------------------------------------------

@@ -29,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "image/image.h"
 #include "image/pixel.h"
@@ -36,8 +37,9 @@
 namespace lv {
 
 std::string TiffVersion();
-
 namespace {
+
+using codec::IsGrayRamp;
 
 // The largest picture accepted, in bytes of output rows, and the largest
 // single buffer libtiff may allocate for one file.
@@ -529,15 +531,6 @@ int32_t ReadRgbaRows(TIFF* tif, const TiffFields& f, const LibraryReader& reader
 
 // ---------------------------------------------------------------------------
 // Writing
-
-bool IsGrayRamp(const LibraryHeader& header)
-{
-    for (int i = 0; i < 256; ++i) {
-        if (header.palette[i][0] != i || header.palette[i][1] != i || header.palette[i][2] != i)
-            return false;
-    }
-    return true;
-}
 
 bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
 {
