@@ -1,0 +1,23 @@
+// Copy as a transformation: the picture as it is, with the Amount and mask
+// having nothing to blend toward. From the command line it converts.
+#include "shell/commands.h"
+#include "transform/point_worker.h"
+
+namespace lv {
+namespace {
+
+void CopyRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
+             const TransformParams&)
+{
+    for (int32_t i = 0; i < pixels * channels; ++i) out[i] = in[i];
+}
+
+int32_t CopyWorker(const TransformArgs& args) { return RunPointWorker(args, "Copy", CopyRow); }
+
+std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
+
+const TransformRegistration kCopy(
+    {"copy", "Copy", kCmdCopy, 0, false, {}, Create, nullptr, nullptr, CopyWorker});
+
+}  // namespace
+}  // namespace lv

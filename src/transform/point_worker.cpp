@@ -1,0 +1,55 @@
+#include "transform/point_worker.h"
+
+#include "image/lineio.h"
+#include "shell/errors.h"
+
+namespace lv {
+
+int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row)
+{
+    const Image* source = args.source;
+    if (!source || source->kind < kImageBinary || source->kind > kImageColor) return kErrImageType;
+    const AmountPass pass = AmountPassFor(args.params->amount);
+    const int32_t channels = source->kind == kImageColor ? 3 : 1;
+    const int32_t kind = source->kind == kImageColor ? kImageColor : kImageGray;
+
+    LineInput in, mask;
+    LineOutput out;
+    LineInputReset(in);
+    LineInputReset(mask);
+    LineOutputReset(out);
+    int32_t result = kOk;
+    if (args.rectLeft == 0 && args.rectTop == 0 && args.rectRight == args.outWidth - 1 &&
+        args.rectBottom == args.outHeight - 1)
+        result =
+            ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight, source->resolution);
+    if (!result)
+        result = LineInputOpen(*source, args.sourceX, args.sourceY, args.zoom, args.width, in);
+    if (!result && pass.UsesMask())
+        result = LineInputOpen(*args.params->amount.mask, args.sourceX, args.sourceY, args.zoom,
+                               args.width, mask);
+    if (!result)
+        result = LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
+                                args.rectTop, args.toImage ? 1 : 0, out);
+    if (!result) {
+        WorkerBusy busy;
+        busy.Open(args, title);
+        for (int32_t line = 0; line < args.height && !result; ++line) {
+            const uint8_t* input = LineInputNext(in);
+            uint8_t* output = LineOutputRow(out);
+            row(input, output, args.width, channels, *args.params);
+            if (pass.Blends())
+                AmountBlendRow(pass, input, output, pass.UsesMask() ? LineInputNext(mask) : nullptr,
+                               args.width, channels);
+            LineOutputFlush(out);
+            result = busy.Step(line);
+        }
+        busy.Close();
+    }
+    LineInputClose(in);
+    LineInputClose(mask);
+    LineOutputClose(out);
+    return result;
+}
+
+}  // namespace lv

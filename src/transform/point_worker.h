@@ -1,0 +1,22 @@
+// The worker of every transformation that computes each output pixel from
+// the input pixel at the same place (negative, curves, levels, ...): the
+// readers, the line output, the busy sign, the Amount blend and the clean-up
+// are here once; a module supplies only what it does to a row.
+#pragma once
+
+#include <cstdint>
+
+#include "transform/registry.h"
+
+namespace lv {
+
+// Computes `pixels` output pixels from input pixels; `channels` is 1 (gray,
+// binary read as 0 and 255) or 3 (blue, green, red).
+using RowFunction = void (*)(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
+                             const TransformParams& params);
+
+// Runs the worker contract for a point transformation. Kinds 1 to 3 are
+// taken (binary gives gray output); anything else gives 14.
+int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row);
+
+}  // namespace lv
