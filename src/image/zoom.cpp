@@ -121,8 +121,11 @@ ZoomSubject ZoomSubjectOf(const ImageWindow& record)
 {
     // A preview shows its output through `display`; the frame keeps the
     // output size in the preview's otherwise empty `image`.
+    // Before its first run a preview has no display yet; its geometry is
+    // that of a picture all the same.
     if (record.windowKind == kWindowPreview)
-        return {record.display.kind, record.image.width, record.image.height};
+        return {record.display.kind ? record.display.kind : kImageColor, record.image.width,
+                record.image.height};
     return {record.image.kind, record.image.width, record.image.height};
 }
 

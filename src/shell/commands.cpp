@@ -4,6 +4,7 @@
 
 #include "image/image.h"
 #include "shell/text.h"
+#include "transform/registry.h"
 
 namespace lv {
 
@@ -268,7 +269,9 @@ bool CommandEnabled(int32_t id, const CommandState& s)
         const int32_t i = id - kCmdRecentFirst;
         return command->available && i < s.recentCount && s.recentPresent[i];
     }
-    if (!command->available) return false;
+    // A transformation is available once its module has registered a panel.
+    const TransformModule* module = FindTransformByCommand(id);
+    if (!command->available && !(module && module->panelKind)) return false;
     if (command->panelGreys && s.panelKind != 0) return false;
     switch (id) {
     case kCmdRevert:

@@ -40,7 +40,7 @@ TEST(Zoom, StepsLengthsAndTitles)
     r.zoom = -4;
     EXPECT_EQ(WindowTitle(r), "/photos/a.tif (1:4)");
     r.windowKind = kWindowPreview;
-    EXPECT_EQ(WindowTitle(r), "Preview");  // nothing in `display` yet
+    EXPECT_EQ(WindowTitle(r), "Preview (1:4)");  // its ratio even before its first run
     EXPECT_EQ(ZoomTitle("Color", kImageSolid, 3), "Color");
 }
 

@@ -226,9 +226,17 @@ int32_t ImageSubWindow::Rebuild(bool resize)
     ZoomCenterStep(r, now.width(), now.height(), m);
     rebuilding_ = false;
     ApplyScrollBars();
-    const int32_t result = isMinimized() ? kOk : DisplayUpdateAll(r, nullptr);
+    const int32_t result = isMinimized() ? kOk : UpdateDisplay(true, 0, 0, 0, 0);
     view_->viewport()->update();
     return result;
+}
+
+void ImageSubWindow::Recenter()
+{
+    const QSize client = ClientSize();
+    ZoomCenterStep(*record_, client.width(), client.height(), Metrics());
+    ApplyScrollBars();
+    view_->viewport()->update();
 }
 
 void ImageSubWindow::ZoomDone()
@@ -258,7 +266,7 @@ void ImageSubWindow::ApplyZoom(int32_t zoom, bool resize, bool keep, int32_t x, 
     ZoomCenterStep(r, ClientSize().width(), ClientSize().height(), m);
     rebuilding_ = false;
     ApplyScrollBars();
-    ReportError(DisplayUpdateAll(r, nullptr));
+    ReportError(UpdateDisplay(true, 0, 0, 0, 0));
     view_->viewport()->update();
 }
 
@@ -331,7 +339,7 @@ void ImageSubWindow::ScrollToPositions(int32_t x, int32_t y)
                          d.width == r.viewWidth && d.height == r.viewHeight;
     int32_t result = kOk;
     if (!overlap) {
-        result = DisplayUpdateAll(r, nullptr);
+        result = UpdateDisplay(true, 0, 0, 0, 0);
     } else {
         // Move what is already on show and compute only what came into view.
         // Display rows are bottom-up: scrolling down (dy > 0) moves content up
@@ -341,18 +349,23 @@ void ImageSubWindow::ScrollToPositions(int32_t x, int32_t y)
         if (dy > 0) ImageShiftUp(d, dy);
         if (dy < 0) ImageShiftDown(d, -dy);
         const int32_t w = r.viewWidth, h = r.viewHeight;
-        if (dx > 0) result = DisplayUpdate(r.image, r, nullptr, w - dx, 0, w - 1, h - 1, true);
-        if (dx < 0 && !result)
-            result = DisplayUpdate(r.image, r, nullptr, 0, 0, -dx - 1, h - 1, true);
-        if (dy > 0 && !result)
-            result = DisplayUpdate(r.image, r, nullptr, 0, h - dy, w - 1, h - 1, true);
-        if (dy < 0 && !result)
-            result = DisplayUpdate(r.image, r, nullptr, 0, 0, w - 1, -dy - 1, true);
+        if (dx > 0) result = UpdateDisplay(false, w - dx, 0, w - 1, h - 1);
+        if (dx < 0 && !result) result = UpdateDisplay(false, 0, 0, -dx - 1, h - 1);
+        if (dy > 0 && !result) result = UpdateDisplay(false, 0, h - dy, w - 1, h - 1);
+        if (dy < 0 && !result) result = UpdateDisplay(false, 0, 0, w - 1, -dy - 1);
     }
     ReportError(result);
     ApplyScrollBars();
     view_->viewport()->update();
     UsersNotifyView(handle());
+}
+
+int32_t ImageSubWindow::UpdateDisplay(bool whole, int32_t x0, int32_t y0, int32_t x1, int32_t y1)
+{
+    ImageWindow& r = *record_;
+    if (displayFunction) return displayFunction(whole, x0, y0, x1, y1);
+    if (whole) return DisplayUpdateAll(r, nullptr);
+    return DisplayUpdate(r.image, r, nullptr, x0, y0, x1, y1, true);
 }
 
 bool ImageSubWindow::SaveChanges()
@@ -388,6 +401,7 @@ void ImageSubWindow::closeEvent(QCloseEvent* event)
     // A window being torn down by Close All has already been asked.
     if (closing_ || MayClose()) {
         closing_ = true;
+        if (closedFunction) closedFunction();
         QMdiSubWindow::closeEvent(event);
     } else {
         event->ignore();
@@ -401,9 +415,12 @@ void ImageSubWindow::resizeEvent(QResizeEvent* event)
     ImageWindow& r = *record_;
     const ZoomSubject subject = Subject();
     if (subject.kind < kImageBinary || subject.kind > kImageColor) return;
-    // A window made larger may show the picture bigger.
+    // A window made larger may show the picture bigger; a preview keeps its
+    // zoom and only recomputes what it shows.
     const QSize client = ClientSize();
-    const int32_t zoom = ZoomGrowToWindow(subject, r.zoom, client.width(), client.height());
+    const int32_t zoom = r.windowKind == kWindowPreview
+                             ? r.zoom
+                             : ZoomGrowToWindow(subject, r.zoom, client.width(), client.height());
     if (zoom != r.zoom) {
         r.zoom = zoom;
         ImageFree(r.display);

@@ -62,6 +62,8 @@ public:
     void ZoomSet(int32_t zoom, bool resize);
     void Expand();
     void Fit();
+    // The centering step and the scroll bars for the present view.
+    void Recenter();
     // After any zoom command: title, repaint, users told.
     void ZoomDone();
 
@@ -76,6 +78,16 @@ public:
     bool MayClose();
     // Whether the picture may close without asking (the question only).
     bool SaveChanges();
+
+    // Refreshes the display copy, all of it or the rectangle x0..x1, y0..y1
+    // (display pixels, y from the top of the view).
+    int32_t UpdateDisplay(bool whole, int32_t x0, int32_t y0, int32_t x1, int32_t y1);
+    // A preview computes its display with its panel's worker instead of
+    // copying a picture; the panel sets this.
+    std::function<int32_t(bool whole, int32_t x0, int32_t y0, int32_t x1, int32_t y1)>
+        displayFunction;
+    // Called when the window is closed by hand (a preview tells its panel).
+    std::function<void()> closedFunction;
 
     // What "Yes" to the save question runs; returns 0 when saved.
     static std::function<int32_t(ImageSubWindow*)> saveFunction;

@@ -26,6 +26,8 @@
 #include "shell/ui/metrics.h"
 #include "shell/ui/workspace.h"
 #include "shell/version.h"
+#include "transform/registry.h"
+#include "transform/ui/panel.h"
 
 namespace lv {
 
@@ -104,6 +106,7 @@ CommandState MainWindow::State() const
     } else if (active) {
         s.activeKind = active->property("lvWindowKind").toInt();
     }
+    if (TransformPanel* panel = TransformPanel::Current()) s.panelKind = panel->module().panelKind;
     s.undoAvailable = UndoAvailable();
     const Preferences& p = CurrentPreferences();
     const SessionState& state = CurrentState();
@@ -348,7 +351,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdArrangeIcons: ArrangeIcons(); break;
     case kCmdCascade: Cascade(); break;
     case kCmdCloseAll:
-        if (WindowsQuerySave()) CloseAllWindows();
+        if (AbortPanels() && WindowsQuerySave()) CloseAllWindows();
         break;
     case kCmdCopy:
     case kCmdNegative: ReportError(DuplicateWindow(id)); break;
@@ -366,6 +369,11 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdManual: OpenManual(); break;
     case kCmdAbout: ShowAbout(); break;
     default:
+        if (const TransformModule* module = FindTransformByCommand(id);
+            module && module->panelKind) {
+            ReportError(TransformPanel::Open(this, *module, image));
+            break;
+        }
         if (id >= kCmdRecentFirst && id <= kCmdRecentLast) {
             const std::string name = CurrentState().recentFiles[id - kCmdRecentFirst];
             ReportError(FileOpen(this, QString::fromStdString(name), 1));
@@ -499,9 +507,19 @@ void MainWindow::CloseAllWindows()
     workspace_->viewport()->update();
 }
 
+bool MainWindow::AbortPanels()
+{
+    TransformPanel* panel = TransformPanel::Current();
+    if (!panel) return true;
+    if (MessageBoxShow("", kBoxYesNo, "Abort transformation in progress?") != kAnswerYes)
+        return false;
+    panel->close();
+    return true;
+}
+
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    if (!WindowsQuerySave()) {
+    if (!AbortPanels() || !WindowsQuerySave()) {
         event->ignore();
         return;
     }

@@ -44,6 +44,9 @@ public:
     // Asks every window whether it may close, in order; false as soon as one
     // refuses.
     bool WindowsQuerySave();
+    // With a transformation open, asks "Abort transformation in progress?";
+    // Yes closes it. False when the user keeps it.
+    bool AbortPanels();
     void CloseAllWindows();
 
 protected:

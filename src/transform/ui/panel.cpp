@@ -1,0 +1,281 @@
+#include "transform/ui/panel.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "image/ui/image_window.h"
+#include "image/zoom.h"
+#include "shell/errors.h"
+#include "shell/preferences.h"
+#include "shell/ui/events.h"
+#include "shell/ui/main_window.h"
+#include "shell/ui/metrics.h"
+#include "shell/ui/panel_keys.h"
+#include "shell/ui/workspace.h"
+#include "transform/controls/ui/control_event.h"
+
+namespace lv {
+
+namespace {
+
+TransformPanel* gCurrent = nullptr;
+TransformPanel::ControlBuilder gBuilder;
+
+constexpr int kPanelWidth = 420;
+
+}  // namespace
+
+TransformPanel* TransformPanel::Current() { return gCurrent; }
+
+void TransformPanel::SetControlBuilder(ControlBuilder builder) { gBuilder = std::move(builder); }
+
+int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
+                             ImageSubWindow* input, bool shortBar)
+{
+    if (gCurrent) return kOk;  // the command is grey while one is open
+    std::unique_ptr<TransformParams> params = module.create ? module.create() : nullptr;
+    if (!params) return kErrOutOfMemory;
+    auto* panel = new TransformPanel(frame, module, input, shortBar);
+    panel->frame_.params = std::move(params);
+    FrameStart(panel->frame_);
+
+    auto* body = new QWidget;
+    body->setFont(Metrics().fontSystem);
+    body->setAutoFillBackground(true);
+    QPalette gray = body->palette();
+    gray.setColor(QPalette::Window, QColor(0x80, 0x80, 0x80));
+    body->setPalette(gray);
+    auto* layout = new QVBoxLayout(body);
+    layout->setContentsMargins(Metrics().margin, Metrics().margin, Metrics().margin,
+                               Metrics().margin);
+    auto* bar = new QHBoxLayout;
+    if (!shortBar) {
+        panel->auto_ = new QCheckBox(QStringLiteral("Auto"));
+        panel->preview_ = new QPushButton(QStringLiteral("Preview"));
+        bar->addWidget(panel->auto_);
+        bar->addWidget(panel->preview_);
+        connect(panel->auto_, &QCheckBox::clicked, panel, [panel] { panel->Press(kButtonAuto); });
+        connect(panel->preview_, &QPushButton::clicked, panel,
+                [panel] { panel->Press(kButtonPreview); });
+    }
+    panel->apply_ = new QPushButton(QStringLiteral("Apply"));
+    panel->ok_ = new QPushButton(QStringLiteral("OK"));
+    panel->cancel_ = new QPushButton(QStringLiteral("Cancel"));
+    for (QPushButton* b : {panel->apply_, panel->ok_, panel->cancel_}) bar->addWidget(b);
+    bar->addStretch();
+    connect(panel->apply_, &QPushButton::clicked, panel, [panel] { panel->Press(kButtonApply); });
+    connect(panel->ok_, &QPushButton::clicked, panel, [panel] { panel->Press(kButtonOk); });
+    connect(panel->cancel_, &QPushButton::clicked, panel, [panel] { panel->Press(kButtonCancel); });
+    layout->addLayout(bar);
+    if (gBuilder) gBuilder(*panel, *layout);
+    layout->addStretch();
+    panel->setWidget(body);
+
+    QMdiArea* workspace = frame->workspace();
+    workspace->addSubWindow(panel);
+    panel->setWindowTitle(QString::fromLatin1(module.title));
+    const QSize size(kPanelWidth, body->sizeHint().height() + Metrics().cyChildBorder);
+    const QSize area = workspace->viewport()->size();
+    // Centred across the workspace, resting a margin above its bottom edge.
+    panel->setGeometry((area.width() - size.width()) / 2,
+                       std::max(0, area.height() - size.height() - Metrics().margin), size.width(),
+                       size.height());
+    panel->show();
+    workspace->setActiveSubWindow(panel);
+    if (input) UserAdd(panel->frame_.panel, input->handle(), module.title, true);
+    return kOk;
+}
+
+TransformPanel::TransformPanel(MainWindow* frame, const TransformModule& module,
+                               ImageSubWindow* input, bool shortBar)
+    : main_(frame), source_(input)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setProperty("lvWindowKind", module.panelKind);
+    frame_.module = &module;
+    frame_.host = this;
+    frame_.panel = HandleOf(this);
+    frame_.source = input ? &input->record() : nullptr;
+    frame_.hasPreviewButton = !shortBar;
+    gCurrent = this;
+}
+
+TransformPanel::~TransformPanel()
+{
+    if (gCurrent == this) gCurrent = nullptr;
+    UserRemoveWindow(HandleOf(this));
+}
+
+QPushButton* TransformPanel::button(int32_t id) const
+{
+    switch (id) {
+    case kButtonPreview: return preview_;
+    case kButtonApply: return apply_;
+    case kButtonOk: return ok_;
+    case kButtonCancel: return cancel_;
+    default: return nullptr;
+    }
+}
+
+void TransformPanel::Press(int32_t button)
+{
+    bool closed = false;
+    panel_command(frame_, button, closed);
+}
+
+ImageSubWindow* TransformPanel::WindowOf(ImageWindow* record) const
+{
+    return record ? dynamic_cast<ImageSubWindow*>(ObjectOf(record->hWindow)) : nullptr;
+}
+
+// ---- The frame's windows ----------------------------------------------------------------
+
+ImageWindow* TransformPanel::CreatePreview(bool full)
+{
+    QMdiArea* workspace = main_->workspace();
+    ImageSubWindow* window = nullptr;
+    creating_ = true;
+    if (ImageSubWindow::Create(workspace, nullptr, 1, 1, &window)) {
+        creating_ = false;
+        return nullptr;
+    }
+    ImageWindow& record = window->record();
+    const ZoomMetrics m = window->Metrics();
+    const int32_t frameWidth = m.cxChildBorder + 2 * m.borderWidth;
+    const int32_t frameHeight = m.cyChildBorder + 2 * m.borderWidth;
+    PreparePreviewRecord(frame_, record, m.workspaceWidth, m.workspaceHeight, frameWidth,
+                         frameHeight);
+    if (!full) {
+        // The preview computes its display copy with the module's worker;
+        // scrolled strips only.
+        window->displayFunction = [this, window](bool whole, int32_t x0, int32_t y0, int32_t x1,
+                                                 int32_t y1) {
+            if (creating_ || frame_.preview != &window->record()) return int32_t{kOk};
+            const int32_t h = window->record().viewHeight;
+            const FrameRect strip{x0, h - 1 - y1, x1, h - 1 - y0};
+            frame_.previewStale = true;
+            run_transform(frame_, false, whole ? nullptr : &strip);
+            return int32_t{kOk};
+        };
+        window->closedFunction = [this, window] {
+            if (frame_.preview == &window->record()) PreviewClosedByHand(frame_);
+        };
+    }
+    // At the top right corner of the workspace.
+    const int32_t width = record.viewWidth + frameWidth, height = record.viewHeight + frameHeight;
+    window->setGeometry(std::max(0, m.workspaceWidth - width), 0, width, height);
+    window->UpdateTitle();
+    creating_ = false;
+    return &record;
+}
+
+void TransformPanel::DestroyPreview(ImageWindow* record)
+{
+    if (ImageSubWindow* window = WindowOf(record)) {
+        window->closedFunction = nullptr;
+        delete window;
+    }
+}
+
+void TransformPanel::PreviewShown(ImageWindow* record, bool whole)
+{
+    ImageSubWindow* window = WindowOf(record);
+    if (!window) return;
+    window->UpdateTitle();
+    window->Recenter();
+    if (whole) window->view()->viewport()->update();
+    main_->workspace()->setActiveSubWindow(window);
+}
+
+int32_t TransformPanel::ResultShown(ImageWindow* record, int32_t cascade)
+{
+    ImageSubWindow* window = WindowOf(record);
+    if (!window) return kOk;
+    window->displayFunction = nullptr;
+    window->closedFunction = nullptr;
+    record->windowKind = kWindowImage;
+    if (source_) {
+        record->zoom = source_->record().zoom;
+        // Each result steps one margin across and one caption down.
+        window->move(source_->pos() +
+                     QPoint(cascade * Metrics().margin, cascade * Metrics().captionHeight));
+    }
+    const int32_t code = window->Rebuild(true);
+    window->UpdateTitle();
+    window->show();
+    return code;
+}
+
+void TransformPanel::ResultKept(ImageWindow* record)
+{
+    ImageSubWindow* window = WindowOf(record);
+    if (!window) return;
+    main_->workspace()->setActiveSubWindow(window);
+    record->modified = true;
+    record->windowKind = kWindowImage;
+    // The zoom fits the workspace, never above 1:1.
+    window->Fit();
+    window->UpdateTitle();
+}
+
+void TransformPanel::SetAutoTicked(bool ticked)
+{
+    if (auto_) auto_->setChecked(ticked);
+}
+
+void TransformPanel::EnablePreviewButton(bool enabled)
+{
+    if (preview_) preview_->setEnabled(enabled);
+}
+
+void TransformPanel::ActivatePanel() { main_->workspace()->setActiveSubWindow(this); }
+
+void TransformPanel::ActivateSource()
+{
+    if (source_) main_->workspace()->setActiveSubWindow(source_);
+}
+
+void TransformPanel::DestroyPanel()
+{
+    closing_ = true;
+    if (gCurrent == this) gCurrent = nullptr;
+    deleteLater();
+}
+
+// ---- Messages ---------------------------------------------------------------------------
+
+bool TransformPanel::event(QEvent* event)
+{
+    if (event->type() == UserMessageEvent::EventType()) {
+        auto* e = static_cast<UserMessageEvent*>(event);
+        switch (e->message) {
+        case kMsgImageChanged: ParamsChanged(); return true;
+        case kMsgPanelCancel: Press(kButtonCancel); return true;
+        case kMsgPanelAccept: Press(kButtonOk); return true;
+        default: return true;
+        }
+    }
+    if (event->type() == ControlEvent::EventType()) {
+        auto* e = static_cast<ControlEvent*>(event);
+        if (e->message == 1025 || e->message == 1026) ParamsChanged();
+        return true;
+    }
+    return QMdiSubWindow::event(event);
+}
+
+void TransformPanel::closeEvent(QCloseEvent* event)
+{
+    if (closing_) {
+        QMdiSubWindow::closeEvent(event);
+        return;
+    }
+    // The close box is Cancel.
+    event->ignore();
+    Press(kButtonCancel);
+}
+
+}  // namespace lv

@@ -1,0 +1,80 @@
+// A transformation's panel: the window every module's controls sit in, with
+// the button bar (Auto, Preview, Apply, OK, Cancel), the preview window and
+// the result windows. The state machine is the engine's (transform/frame.h);
+// this is its host among the windows of the workspace.
+#pragma once
+
+#include <QMdiSubWindow>
+#include <functional>
+
+#include "transform/frame.h"
+
+class QCheckBox;
+class QPushButton;
+class QVBoxLayout;
+
+namespace lv {
+
+class ImageSubWindow;
+class MainWindow;
+
+class TransformPanel : public QMdiSubWindow, public FrameHost {
+public:
+    // The open function of a module: makes the panel on `input` (or none),
+    // with the full button bar or, for `shortBar`, Apply, OK and Cancel only.
+    // Result 0 or an error code for the command to report.
+    static int32_t Open(MainWindow* frame, const TransformModule& module, ImageSubWindow* input,
+                        bool shortBar = false);
+    // The open panel, or null: at most one transformation is open.
+    static TransformPanel* Current();
+    // What builds a module's own controls into the panel (the Amount control
+    // and the parameters); set by the controls once they exist.
+    using ControlBuilder = std::function<void(TransformPanel& panel, QVBoxLayout& layout)>;
+    static void SetControlBuilder(ControlBuilder builder);
+
+    ~TransformPanel() override;
+
+    TransformFrame& state() { return frame_; }
+    const TransformModule& module() const { return *frame_.module; }
+    ImageSubWindow* sourceWindow() const { return source_; }
+    MainWindow* mainWindow() const { return main_; }
+    QPushButton* button(int32_t id) const;
+    QCheckBox* autoBox() const { return auto_; }
+    // A parameter changed: the preview follows (or goes stale).
+    void ParamsChanged() { params_changed(frame_); }
+
+    // FrameHost
+    ImageWindow* CreatePreview(bool full) override;
+    void DestroyPreview(ImageWindow* window) override;
+    void PreviewShown(ImageWindow* window, bool whole) override;
+    int32_t ResultShown(ImageWindow* window, int32_t cascade) override;
+    void ResultKept(ImageWindow* window) override;
+    void SetAutoTicked(bool ticked) override;
+    void EnablePreviewButton(bool enabled) override;
+    void ActivatePanel() override;
+    void ActivateSource() override;
+    void DestroyPanel() override;
+
+protected:
+    bool event(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    TransformPanel(MainWindow* frame, const TransformModule& module, ImageSubWindow* input,
+                   bool shortBar);
+    void Press(int32_t button);
+    ImageSubWindow* WindowOf(ImageWindow* record) const;
+
+    MainWindow* main_;
+    ImageSubWindow* source_;
+    TransformFrame frame_;
+    QCheckBox* auto_ = nullptr;
+    QPushButton* preview_ = nullptr;
+    QPushButton* apply_ = nullptr;
+    QPushButton* ok_ = nullptr;
+    QPushButton* cancel_ = nullptr;
+    bool creating_ = false;  // a preview is being made: no display runs yet
+    bool closing_ = false;
+};
+
+}  // namespace lv

@@ -1,0 +1,205 @@
+// A transformation panel in the editor, with a test module whose worker
+// counts its runs: the button bar, the preview window, results, the lock on
+// the input and the questions.
+#include <QCheckBox>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QtTest>
+
+#include "image/display.h"
+#include "image/ui/image_window.h"
+#include "shell/commands.h"
+#include "shell/errors.h"
+#include "shell/tables.h"
+#include "shell/ui/events.h"
+#include "shell/ui/main_window.h"
+#include "shell/ui/message_box.h"
+#include "shell/ui/metrics.h"
+#include "shell/ui/panel_keys.h"
+#include "shell/ui/qt_frontend.h"
+#include "shell/ui/workspace.h"
+#include "synthesis/test_card.h"
+#include "transform/controls/ui/control_event.h"
+#include "transform/point_worker.h"
+#include "transform/ui/panel.h"
+
+using namespace lv;
+
+namespace {
+
+int gRuns = 0;
+
+void Invert(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
+            const TransformParams&)
+{
+    for (int32_t i = 0; i < pixels * channels; ++i) out[i] = static_cast<uint8_t>(255 - in[i]);
+}
+
+int32_t CountingWorker(const TransformArgs& args)
+{
+    ++gRuns;
+    return RunPointWorker(args, "Test", Invert);
+}
+
+std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
+
+const TransformModule kTest{"panel-test", "Test", 0,       99,      true,
+                            {},           Create, nullptr, nullptr, CountingWorker};
+
+}  // namespace
+
+class PanelTest : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<MainWindow> frame_;
+    std::unique_ptr<QtFrontEnd> frontEnd_;
+    QStringList boxes_;
+    QList<int32_t> answers_;
+    ImageSubWindow* input_ = nullptr;
+
+    TransformPanel* OpenPanel()
+    {
+        if (TransformPanel::Open(frame_.get(), kTest, input_) != 0) return nullptr;
+        return TransformPanel::Current();
+    }
+    int ResultCount() const
+    {
+        int count = 0;
+        for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
+            count += w != input_ && w->record().windowKind == kKindImage;
+        return count;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        InitEngineTables();
+        PoolInit();
+        InitMetrics();
+        uint8_t identity[256];
+        for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
+        DisplayTablesSet(identity, identity, identity);
+        SetMessageBoxAnswerer([this](const QString& caption, int32_t mode, const QString& text) {
+            boxes_.push_back(caption + "|" + text);
+            if (!answers_.isEmpty()) return answers_.takeFirst();
+            return mode == kBoxYesNo || mode == kBoxYesNoCancel ? int32_t{kAnswerYes}
+                                                                : int32_t{kAnswerOk};
+        });
+    }
+
+    void init()
+    {
+        boxes_.clear();
+        answers_.clear();
+        gRuns = 0;
+        frame_ = std::make_unique<MainWindow>();
+        frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
+        InstallFrontEnd(frontEnd_.get());
+        frame_->resize(1200, 900);
+        frame_->show();
+        QVERIFY(QTest::qWaitForWindowExposed(frame_.get()));
+        Image card;
+        QCOMPARE(MakeTestCard(card, kImageColor, 900, 600), 0);
+        QCOMPARE(frame_->ShowNewImage(std::move(card), QString()), 0);
+        input_ = frame_->ActiveImage();
+        QVERIFY(input_);
+    }
+
+    void cleanup()
+    {
+        if (TransformPanel* panel = TransformPanel::Current()) delete panel;
+        frame_->CloseAllWindows();
+        InstallFrontEnd(nullptr);
+        frontEnd_.reset();
+        frame_.reset();
+    }
+
+    void openingLocksTheInputAndGreysTheOtherTransformations()
+    {
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        QCOMPARE(panel->windowTitle(), QStringLiteral("Test"));
+        QCOMPARE(frame_->State().panelKind, 99);
+        QVERIFY(!frame_->Dispatch(kCmdNegative));
+        QVERIFY(frame_->Dispatch(kCmdZoomOut) || true);  // zoom still works
+        input_->close();
+        QVERIFY(boxes_.contains(QStringLiteral("Error|Window in use by Test - Cannot close")));
+        QVERIFY(ImageWindows(frame_->workspace()).contains(input_));
+    }
+
+    void previewAutoAndTheButtons()
+    {
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
+        QCOMPARE(gRuns, 1);
+        ImageWindow* preview = panel->state().preview;
+        QVERIFY(preview);
+        QCOMPARE(preview->windowKind, int32_t{kWindowPreview});
+        QVERIFY(!panel->button(kButtonPreview)->isEnabled());
+        // 900x600 in a 1200x900 frame: reduced to fit half the workspace.
+        QVERIFY(preview->zoom <= -2);
+        const int32_t m = -preview->zoom;
+        QCOMPARE(preview->display.rows[0][0],
+                 static_cast<uint8_t>(255 - input_->record().image.rows[0][0]));
+        QCOMPARE(preview->display.rows[3][3 * 3 + 1],
+                 static_cast<uint8_t>(255 - input_->record().image.rows[3 * m][3 * m * 3 + 1]));
+
+        // Auto: every change runs once; the Preview button stays grey.
+        QTest::mouseClick(panel->autoBox(), Qt::LeftButton);
+        QVERIFY(panel->autoBox()->isChecked());
+        const int before = gRuns;
+        SendControlMessage(panel, 1025, 7, 1);
+        SendControlMessage(panel, 1025, 7, 2);
+        QCOMPARE(gRuns, before + 2);
+        QVERIFY(!panel->button(kButtonPreview)->isEnabled());
+
+        // The preview closed by hand: Auto off, Preview enabled.
+        ImageSubWindow* previewWindow =
+            dynamic_cast<ImageSubWindow*>(ObjectOf(panel->state().preview->hWindow));
+        QVERIFY(previewWindow);
+        previewWindow->close();
+        QTest::qWait(20);
+        QVERIFY(!panel->autoBox()->isChecked());
+        QVERIFY(panel->button(kButtonPreview)->isEnabled());
+        QCOMPARE(panel->state().preview, nullptr);
+    }
+
+    void applyTwiceThenOkComputesNothingMore()
+    {
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
+        QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
+        QCOMPARE(gRuns, 2);
+        QCOMPARE(ResultCount(), 2);
+        QTest::mouseClick(panel->button(kButtonOk), Qt::LeftButton);
+        QCOMPARE(gRuns, 2);
+        QTest::qWait(20);
+        QCOMPARE(TransformPanel::Current(), nullptr);
+        QCOMPARE(frame_->workspace()->activeSubWindow(), input_);
+        // The results are ordinary, modified image windows; the input is free.
+        for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
+            if (w != input_) QVERIFY(w->record().modified);
+        QVERIFY(!UserFindLock(input_->handle()));
+    }
+
+    void escapeCancelsAndClosingTheFrameAsksFirst()
+    {
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        answers_ = {kAnswerNo};
+        QVERIFY(!frame_->close());
+        QVERIFY(boxes_.contains(QStringLiteral("|Abort transformation in progress?")));
+        QVERIFY(TransformPanel::Current());
+        UserMessageEvent escape(kMsgPanelCancel, nullptr);
+        QCoreApplication::sendEvent(panel, &escape);
+        QTest::qWait(20);
+        QCOMPARE(TransformPanel::Current(), nullptr);
+        QCOMPARE(ResultCount(), 0);
+    }
+};
+
+QTEST_MAIN(PanelTest)
+#include "panel_test.moc"
