@@ -19,6 +19,8 @@
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
 #include "synthesis/test_card.h"
+#include "image/pixel.h"
+#include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
 #include "transform/point_worker.h"
 #include "transform/ui/panel.h"
@@ -69,6 +71,16 @@ private:
         for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
             count += w != input_ && w->record().windowKind == kKindImage;
         return count;
+    }
+
+    // With LUMIVUE_SCREENSHOTS set to a folder, the frame is saved there as
+    // a picture, to look at.
+    void Screenshot(const QString& name)
+    {
+        const QString folder = qEnvironmentVariable("LUMIVUE_SCREENSHOTS");
+        if (folder.isEmpty()) return;
+        QTest::qWait(50);
+        frame_->grab().save(folder + "/" + name + ".png");
     }
 
 private slots:
@@ -150,10 +162,25 @@ private slots:
         QTest::mouseClick(panel->autoBox(), Qt::LeftButton);
         QVERIFY(panel->autoBox()->isChecked());
         const int before = gRuns;
-        SendControlMessage(panel, 1025, 7, 1);
-        SendControlMessage(panel, 1025, 7, 2);
+        SendControlMessage(panel, 1026, 100, 0);  // the Amount control's message
+        SendControlMessage(panel, 1026, 100, 0);
         QCOMPARE(gRuns, before + 2);
         QVERIFY(!panel->button(kButtonPreview)->isEnabled());
+
+        // The Amount control's block reaches the worker: half strength.
+        AmountControl* amount = nullptr;
+        for (QWidget* child : panel->findChildren<QWidget*>())
+            if (!amount) amount = dynamic_cast<AmountControl*>(child);
+        QVERIFY(amount);
+        AmountBlock block = amount->GetAmount();
+        block.amount = 512;
+        amount->SetAmount(block);
+        SendControlMessage(panel, 1026, 100, 0);
+        QCOMPARE(panel->state().params->amount.amount, 512);
+        const uint8_t in = input_->record().image.rows[0][0];
+        QCOMPARE(panel->state().preview->display.rows[0][0],
+                 Lerp8(in, static_cast<uint8_t>(255 - in), 128));
+        Screenshot(QStringLiteral("panel"));
 
         // The preview closed by hand: Auto off, Preview enabled.
         ImageSubWindow* previewWindow =

@@ -19,6 +19,9 @@
 #include "shell/ui/settings_store.h"
 #include "shell/ui/workspace.h"
 #include "synthesis/test_card.h"
+#include "transform/controls/ui/image_menu.h"
+#include "transform/controls/ui/color_img.h"
+#include "transform/controls/ui/color_picker.h"
 
 namespace lv {
 
@@ -56,6 +59,11 @@ bool Application::Start(const QStringList& arguments)
     frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
     InstallFrontEnd(frontEnd_.get());
     keyFilter_ = std::make_unique<PanelKeyFilter>(frame_->workspace());
+    // A ColorImg control with no image to offer opens the colour picker.
+    ColorImgControl::openPickerFunction = [this](ColorImgControl* control, QColor color) {
+        control->SetPicker(OpenColorPicker(frame_->workspace(), 0, 0, QStringLiteral("Color"),
+                                           control, control->controlId(), color, 0, 0));
+    };
     qApp->installEventFilter(keyFilter_.get());
     // Always maximised, whatever the window manager (or the lack of one)
     // would do with the request alone.

@@ -16,7 +16,14 @@
 #include "shell/ui/metrics.h"
 #include "shell/ui/panel_keys.h"
 #include "shell/ui/workspace.h"
+#include "transform/controls/slider_math.h"
+#include "transform/controls/ui/amount_control.h"
+#include "transform/controls/ui/color_img.h"
 #include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/image_menu.h"
+#include "transform/controls/ui/integer_field.h"
+#include "transform/controls/ui/pedit.h"
+#include "transform/controls/ui/popup_list.h"
 
 namespace lv {
 
@@ -71,7 +78,13 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
     connect(panel->ok_, &QPushButton::clicked, panel, [panel] { panel->Press(kButtonOk); });
     connect(panel->cancel_, &QPushButton::clicked, panel, [panel] { panel->Press(kButtonCancel); });
     layout->addLayout(bar);
-    if (gBuilder) gBuilder(*panel, *layout);
+    // The panel's own lock comes first, so that a refused close names the
+    // panel rather than one of its controls.
+    if (input) UserAdd(panel->frame_.panel, input->handle(), module.title, true);
+    if (gBuilder)
+        gBuilder(*panel, *layout);
+    else
+        panel->BuildDefaultControls(*layout);
     layout->addStretch();
     panel->setWidget(body);
 
@@ -86,7 +99,6 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
                        size.height());
     panel->show();
     workspace->setActiveSubWindow(panel);
-    if (input) UserAdd(panel->frame_.panel, input->handle(), module.title, true);
     return kOk;
 }
 
@@ -246,6 +258,146 @@ void TransformPanel::DestroyPanel()
     deleteLater();
 }
 
+// ---- Controls ---------------------------------------------------------------------------
+
+namespace {
+
+constexpr int32_t kInputPickerId = 103;
+constexpr int32_t kAmountId = 100;
+constexpr int32_t kFirstParamId = 200;
+
+// A control placed at (0, 0) in a row of the panel's layout.
+template <class Control>
+QWidget* Row(QVBoxLayout& layout, Control*& control, std::function<Control*(QWidget*)> make)
+{
+    auto* row = new QWidget;
+    control = make(row);
+    row->setMinimumHeight(control->height());
+    row->setMinimumWidth(control->width());
+    layout.addWidget(row);
+    return row;
+}
+
+}  // namespace
+
+void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
+{
+    const int32_t width = kPanelWidth - 2 * Metrics().margin - Metrics().cxChildBorder;
+    if (source_) {
+        // Pictures of kinds 1 to 3.
+        Row<ColorImgControl>(layout, inputPicker_, [this](QWidget* row) {
+            return CreateInputPicker(row, kInputPickerId, 0b1110, source_->handle(), 0, 0,
+                                     main_->workspace());
+        });
+    }
+    const TransformModule& m = *frame_.module;
+    for (size_t i = 0; i < m.params.size(); ++i) {
+        const ParamSpec& p = m.params[i];
+        const int32_t id = kFirstParamId + static_cast<int32_t>(i);
+        const QString label = QString::fromLatin1(p.name) + ":";
+        QWidget* control = nullptr;
+        switch (p.type) {
+        case ParamType::Int: {
+            IntegerControl* integer = nullptr;
+            Row<IntegerControl>(layout, integer, [&](QWidget* row) {
+                return new IntegerControl(0, 0, 80, row, label, QString(p.defaultValue).toInt(),
+                                          static_cast<int32_t>(p.minimum),
+                                          static_cast<int32_t>(p.maximum), id);
+            });
+            control = integer;
+            break;
+        }
+        case ParamType::Choice: {
+            std::vector<std::string> entries;
+            for (const QString& e : QString::fromLatin1(p.choices).split('|'))
+                entries.push_back(e.toStdString());
+            const int32_t value = std::max<int32_t>(
+                0, static_cast<int32_t>(QString::fromLatin1(p.choices).split('|').indexOf(
+                       QString::fromLatin1(p.defaultValue))));
+            PopupListControl* list = nullptr;
+            Row<PopupListControl>(layout, list, [&](QWidget* row) {
+                return new PopupListControl(0, 0, row, value,
+                                            PackPopupText(label.toStdString(), entries), id);
+            });
+            control = list;
+            break;
+        }
+        default: {
+            PEditControl* edit = nullptr;
+            Row<PEditControl>(layout, edit, [&](QWidget* row) {
+                return new PEditControl(0, 0, 200, row, label, QString::fromLatin1(p.defaultValue),
+                                        id);
+            });
+            control = edit;
+            break;
+        }
+        }
+        paramControls_.push_back(control);
+    }
+    if (m.hasAmount) {
+        Row<AmountControl>(layout, amount_, [&](QWidget* row) {
+            return new AmountControl(0, 0, width, row, kAmountId,
+                                     source_ ? source_->handle() : nullptr, main_->workspace());
+        });
+        amount_->SetAmount(frame_.params->amount);
+    }
+}
+
+void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t value)
+{
+    (void)value;
+    const TransformModule& m = *frame_.module;
+    if (controlId == kAmountId && message == 1026 && amount_) {
+        frame_.params->amount = amount_->GetAmount();
+        ParamsChanged();
+        return;
+    }
+    if (controlId == kInputPickerId && message == 1041 && inputPicker_) {
+        int32_t r = 0, g = 0, b = 0;
+        WindowHandle chosen = nullptr;
+        inputPicker_->GetColorImg(r, g, b, chosen);
+        if (ImageSubWindow* input = ImageWindowOf(chosen)) ChangeInput(input);
+        return;
+    }
+    const size_t index = static_cast<size_t>(controlId - kFirstParamId);
+    if (controlId < kFirstParamId || index >= m.params.size() || !m.set) return;
+    QWidget* control = paramControls_[index];
+    std::string text;
+    if (auto* integer = dynamic_cast<IntegerControl*>(control))
+        text = std::to_string(integer->value());
+    else if (auto* list = dynamic_cast<PopupListControl*>(control))
+        text = QString::fromLatin1(m.params[index].choices)
+                   .split('|')
+                   .value(list->current())
+                   .toStdString();
+    else if (auto* edit = dynamic_cast<PEditControl*>(control))
+        text = edit->text().toStdString();
+    if (m.set(*frame_.params, m.params[index].name, text) == kOk) ParamsChanged();
+}
+
+void TransformPanel::ChangeInput(ImageSubWindow* input)
+{
+    if (!input || input == source_) return;
+    reset_preview(frame_);
+    if (source_) UserRemove(frame_.panel, source_->handle());
+    source_ = input;
+    frame_.source = &input->record();
+    UserAdd(frame_.panel, input->handle(), frame_.module->title, true);
+    main_->workspace()->setActiveSubWindow(input);
+    main_->workspace()->setActiveSubWindow(this);
+    const int32_t oldWidth = frame_.outputWidth, oldHeight = frame_.outputHeight;
+    const bool wasAuto = frame_.autoPreview;
+    FrameStart(frame_);
+    frame_.autoPreview = wasAuto;
+    // A mask must have the input's size.
+    if ((frame_.outputWidth != oldWidth || frame_.outputHeight != oldHeight) && amount_) {
+        amount_->SetAmountMask(nullptr);
+        amount_->SetMaskSize(frame_.outputWidth, frame_.outputHeight);
+        frame_.params->amount = amount_->GetAmount();
+    }
+    restart_preview(frame_);
+}
+
 // ---- Messages ---------------------------------------------------------------------------
 
 bool TransformPanel::event(QEvent* event)
@@ -261,7 +413,7 @@ bool TransformPanel::event(QEvent* event)
     }
     if (event->type() == ControlEvent::EventType()) {
         auto* e = static_cast<ControlEvent*>(event);
-        if (e->message == 1025 || e->message == 1026) ParamsChanged();
+        ControlMessage(e->message, e->controlId, e->value);
         return true;
     }
     return QMdiSubWindow::event(event);

@@ -6,6 +6,7 @@
 
 #include <QMdiSubWindow>
 #include <functional>
+#include <vector>
 
 #include "transform/frame.h"
 
@@ -42,6 +43,9 @@ public:
     QCheckBox* autoBox() const { return auto_; }
     // A parameter changed: the preview follows (or goes stale).
     void ParamsChanged() { params_changed(frame_); }
+    // The input picker chose another window: the panel reads it from now on,
+    // drops an Amount mask of the old size, and remakes the preview.
+    void ChangeInput(ImageSubWindow* input);
 
     // FrameHost
     ImageWindow* CreatePreview(bool full) override;
@@ -63,6 +67,8 @@ private:
     TransformPanel(MainWindow* frame, const TransformModule& module, ImageSubWindow* input,
                    bool shortBar);
     void Press(int32_t button);
+    void BuildDefaultControls(QVBoxLayout& layout);
+    void ControlMessage(int32_t message, int32_t controlId, int64_t value);
     ImageSubWindow* WindowOf(ImageWindow* record) const;
 
     MainWindow* main_;
@@ -73,6 +79,9 @@ private:
     QPushButton* apply_ = nullptr;
     QPushButton* ok_ = nullptr;
     QPushButton* cancel_ = nullptr;
+    class AmountControl* amount_ = nullptr;
+    class ColorImgControl* inputPicker_ = nullptr;
+    std::vector<QWidget*> paramControls_;  // one a parameter, in order
     bool creating_ = false;  // a preview is being made: no display runs yet
     bool closing_ = false;
 };

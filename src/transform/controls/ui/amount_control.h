@@ -21,13 +21,13 @@
 
 #include "image/window.h"
 #include "transform/amount.h"
+#include "transform/controls/ui/image_menu.h"
 
 class QLabel;
 class QMdiArea;
 
 namespace lv {
 
-class ImageMenu;
 class SliderControl;
 
 inline constexpr int32_t kMsgAmountChanged = 1026;

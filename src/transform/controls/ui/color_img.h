@@ -20,12 +20,11 @@
 #include <vector>
 
 #include "image/window.h"
+#include "transform/controls/ui/image_menu.h"
 
 class QMdiArea;
 
 namespace lv {
-
-class ImageMenu;
 
 inline constexpr int32_t kMsgImagePicker = 1041;
 inline constexpr int32_t kColorImgSquare = 33;
