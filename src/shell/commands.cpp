@@ -32,7 +32,7 @@ const std::vector<Command> kCommands = {
     {kCmdSlideShow, "Sli&de Show...", kAlways, N, nullptr, 15, Later},
     {kCmdAcquire, "Ac&quire...", kAlways, N, nullptr, 0, Later},
     {kCmdSelectSource, "Select Sour&ce...", kAlways, N, nullptr, 0, Later},
-    {kCmdPreferences, "Pr&eferences...", kAlways, N, nullptr, kKindPreferences, Later},
+    {kCmdPreferences, "Pr&eferences...", kAlways, N, nullptr, kKindPreferences, Built},
     {kCmdCalibrate, "Ca&librate...", kAlways, N, nullptr, kKindCalibration, Later},
     {kCmdExit, "E&xit", kAlways, N, nullptr, 0, Built},
     // Edit

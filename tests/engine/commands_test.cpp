@@ -97,7 +97,7 @@ TEST(Commands, EnableRulesFollowTheActiveWindow)
 
     // Modules not in this build are grey whatever the window.
     EXPECT_FALSE(CommandEnabled(4050, gray));
-    EXPECT_FALSE(CommandEnabled(kCmdPreferences, none));
+    EXPECT_FALSE(CommandEnabled(kCmdCalibrate, none));
     EXPECT_FALSE(CommandEnabled(9999, gray));
 }
 

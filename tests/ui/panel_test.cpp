@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include "image/display.h"
+#include "image/pixel.h"
 #include "image/ui/image_window.h"
 #include "shell/commands.h"
 #include "shell/errors.h"
@@ -19,7 +20,6 @@
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
 #include "synthesis/test_card.h"
-#include "image/pixel.h"
 #include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
 #include "transform/point_worker.h"
@@ -181,6 +181,21 @@ private slots:
         QCOMPARE(panel->state().preview->display.rows[0][0],
                  Lerp8(in, static_cast<uint8_t>(255 - in), 128));
         Screenshot(QStringLiteral("panel"));
+
+        // A gray picture of the input's size as the Amount mask: two markers.
+        Image gray;
+        QCOMPARE(MakeTestCard(gray, kImageGray, 900, 600), 0);
+        QCOMPARE(frame_->ShowNewImage(std::move(gray), QString()), 0);
+        ImageSubWindow* mask = frame_->ActiveImage();
+        frame_->workspace()->setActiveSubWindow(panel);
+        amount->SetAmountMask(mask->handle());
+        QCOMPARE(amount->GetAmount().amount, 0);
+        QCOMPARE(amount->GetAmount().amount2, 1024);
+        SendControlMessage(panel, 1026, 100, 0);
+        QCOMPARE(panel->state().params->amount.mask, &mask->record().image);
+        Screenshot(QStringLiteral("amount-mask"));
+        amount->SetAmountMask(nullptr);
+        SendControlMessage(panel, 1026, 100, 0);
 
         // The preview closed by hand: Auto off, Preview enabled.
         ImageSubWindow* previewWindow =

@@ -19,9 +19,9 @@
 #include "shell/ui/settings_store.h"
 #include "shell/ui/workspace.h"
 #include "synthesis/test_card.h"
-#include "transform/controls/ui/image_menu.h"
 #include "transform/controls/ui/color_img.h"
 #include "transform/controls/ui/color_picker.h"
+#include "transform/controls/ui/image_menu.h"
 
 namespace lv {
 
@@ -56,6 +56,7 @@ bool Application::Start(const QStringList& arguments)
 
     QApplication::setWindowIcon(ProgramIcon());
     frame_ = std::make_unique<MainWindow>();
+    MainWindow::SetPreferencesStore(store_.get());
     frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
     InstallFrontEnd(frontEnd_.get());
     keyFilter_ = std::make_unique<PanelKeyFilter>(frame_->workspace());
@@ -96,6 +97,7 @@ void Application::Shutdown()
 {
     if (!frame_) return;
     StateSave(*store_, CurrentState());
+    MainWindow::SetPreferencesStore(nullptr);
     qApp->removeEventFilter(keyFilter_.get());
     frame_.reset();
     InstallFrontEnd(nullptr);

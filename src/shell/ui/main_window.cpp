@@ -24,6 +24,7 @@
 #include "shell/preferences.h"
 #include "shell/text.h"
 #include "shell/ui/metrics.h"
+#include "shell/ui/preferences_panel.h"
 #include "shell/ui/workspace.h"
 #include "shell/version.h"
 #include "transform/registry.h"
@@ -32,6 +33,8 @@
 namespace lv {
 
 namespace {
+
+KeyValueStore* gPreferencesStore = nullptr;
 
 // Save and Save As do not report a cancelled dialog or an aborted write.
 int32_t IgnoreAbort(int32_t code) { return code == kErrAborted ? kOk : code; }
@@ -80,6 +83,8 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), workspace_(new Wo
         return FileSave(this, window);
     };
 }
+
+void MainWindow::SetPreferencesStore(KeyValueStore* store) { gPreferencesStore = store; }
 
 QAction* MainWindow::action(int32_t id) const
 {
@@ -321,6 +326,7 @@ bool MainWindow::Dispatch(int32_t id)
         if (image) ReportError(FileRevert(this, image));
         break;
     case kCmdExit: close(); break;
+    case kCmdPreferences: PreferencesPanel::Open(this, gPreferencesStore); break;
     case kCmdUndo: UndoGroup(); break;
     case kCmdUndoAll: UndoAll(); break;
     case kCmdInfo: ShowWindowInfo(this, image ? &image->record() : nullptr); break;

@@ -9,6 +9,7 @@
 
 #include "image/image.h"
 #include "shell/commands.h"
+#include "shell/preferences.h"
 
 class QAction;
 class QMenu;
@@ -36,6 +37,8 @@ public:
     // menu, as each menu opens.
     void UpdateMenus();
     QAction* action(int32_t id) const;
+    // Where the Preferences panel saves the settings when asked to.
+    static void SetPreferencesStore(KeyValueStore* store);
 
     // Shows a picture made elsewhere in a new window sized to fit the
     // workspace (the way Open and Paste place theirs); takes the image.

@@ -9,12 +9,11 @@
 #include <QString>
 #include <QWidget>
 #include <cstdint>
+#include "transform/controls/ui/color_picker.h"
 
 class QMdiArea;
 
 namespace lv {
-
-class ColorPicker;
 
 class ColorControl : public QWidget {
 public:

@@ -1,0 +1,260 @@
+#include "shell/ui/preferences_panel.h"
+
+#include <QCloseEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "image/pixel.h"
+#include "image/ui/image_window.h"
+#include "shell/commands.h"
+#include "shell/errors.h"
+#include "shell/frontend.h"
+#include "shell/text.h"
+#include "shell/ui/events.h"
+#include "shell/ui/main_window.h"
+#include "shell/ui/metrics.h"
+#include "shell/ui/panel_keys.h"
+#include "shell/ui/workspace.h"
+#include "transform/controls/slider_math.h"
+#include "transform/controls/ui/color_control.h"
+#include "transform/controls/ui/color_picker.h"
+#include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/integer_field.h"
+#include "transform/controls/ui/pedit.h"
+#include "transform/controls/ui/popup_list.h"
+
+namespace lv {
+
+namespace {
+
+PreferencesPanel* gCurrent = nullptr;
+
+enum ControlId : int32_t {
+    kWorkspaceColor = 1,
+    kBorderColor,
+    kBorderWidth,
+    kConfirm,
+    kResolution,
+    kUndo,
+    kListLength,
+    kOpenType,
+    kSaveType,
+    kPcdDirectory,
+    kStartupDirectory,
+    kTempDirectory,
+};
+
+QColor ColorOf(const std::array<uint8_t, 3>& c) { return QColor(c[0], c[1], c[2]); }
+
+void Store(std::array<uint8_t, 3>& c, QColor color)
+{
+    c = {static_cast<uint8_t>(color.red()), static_cast<uint8_t>(color.green()),
+         static_cast<uint8_t>(color.blue())};
+}
+
+// Every window repaints with the preferences as they now stand.
+void RefreshAllWindows(MainWindow* frame)
+{
+    frame->workspace()->UpdateBackground();
+    for (QMdiSubWindow* w : frame->workspace()->subWindowList()) w->update();
+    for (ImageSubWindow* w : ImageWindows(frame->workspace())) w->view()->viewport()->update();
+    frame->update();
+}
+
+}  // namespace
+
+PreferencesPanel* PreferencesPanel::Current() { return gCurrent; }
+
+void PreferencesPanel::Open(MainWindow* frame, KeyValueStore* store)
+{
+    if (gCurrent) {
+        frame->workspace()->setActiveSubWindow(gCurrent);
+        return;
+    }
+    auto* panel = new PreferencesPanel(frame, store);
+    frame->workspace()->addSubWindow(panel);
+    panel->adjustSize();
+    const QSize area = frame->workspace()->viewport()->size();
+    panel->move((area.width() - panel->width()) / 2, (area.height() - panel->height()) / 2);
+    panel->show();
+    frame->workspace()->setActiveSubWindow(panel);
+}
+
+PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
+    : frame_(frame), store_(store), saved_(CurrentPreferences())
+{
+    gCurrent = this;
+    setAttribute(Qt::WA_DeleteOnClose);
+    setProperty("lvWindowKind", kKindPreferences);
+    setWindowTitle(QStringLiteral("Preferences"));
+    const Preferences& p = CurrentPreferences();
+
+    auto* body = new QWidget;
+    body->setFont(Metrics().fontSystem);
+    body->setAutoFillBackground(true);
+    QPalette gray = body->palette();
+    gray.setColor(QPalette::Window, QColor(0x80, 0x80, 0x80));
+    body->setPalette(gray);
+    auto* layout = new QVBoxLayout(body);
+    auto* buttons = new QHBoxLayout;
+    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
+    auto* ok = new QPushButton(QStringLiteral("OK"));
+    buttons->addWidget(cancel);
+    buttons->addWidget(ok);
+    buttons->addStretch();
+    layout->addLayout(buttons);
+    connect(cancel, &QPushButton::clicked, this, [this] { Reject(); });
+    connect(ok, &QPushButton::clicked, this, [this] { Accept(); });
+
+    // Each control sits in a row of its own; the controls place themselves
+    // in their row and report to the panel.
+    auto row = [&](auto make) {
+        auto* holder = new QWidget;
+        QWidget* control = make(holder);
+        holder->setMinimumSize(control->width(), control->height());
+        layout->addWidget(holder);
+        controls_.push_back(control);
+        return control;
+    };
+    auto popup = [&](int32_t id, const char* label, std::vector<std::string> entries, int32_t at) {
+        row([&](QWidget* h) {
+            return new PopupListControl(0, 0, h, at, PackPopupText(label, entries), id);
+        });
+    };
+    row([&](QWidget* h) {
+        return new ColorControl(h, 0, 0, QStringLiteral("Workspace Color:"),
+                                QStringLiteral("Workspace Color"), ColorOf(p.workspaceColor),
+                                kWorkspaceColor);
+    });
+    row([&](QWidget* h) {
+        return new ColorControl(h, 0, 0, QStringLiteral("Border Color:"),
+                                QStringLiteral("Border Color"), ColorOf(p.borderColor),
+                                kBorderColor);
+    });
+    row([&](QWidget* h) {
+        return new IntegerControl(0, 0, 60, h, QStringLiteral("Border Width:"), p.borderWidth, 0,
+                                  32, kBorderWidth);
+    });
+    popup(kConfirm, "Confirm on Close:", {"no", "yes"}, p.confirmClose ? 1 : 0);
+    row([&](QWidget* h) {
+        auto* edit = new PEditControl(
+            0, 0, 90, h, QStringLiteral("Resolution (dpi):"),
+            QString::fromStdString(FormatText("%1f", p.defaultResolution)), kResolution);
+        return edit;
+    });
+    popup(kUndo, "Undo:", {"none", "single level", "multilevel"}, std::clamp(p.undoLevels, 0, 2));
+    row([&](QWidget* h) {
+        return new IntegerControl(0, 0, 60, h, QStringLiteral("Length of File List:"),
+                                  p.recentCount, 0, 10, kListLength);
+    });
+    // The positions are stored plus 1, and used as the Open dialog's filter
+    // as they stand.
+    popup(kOpenType, "Default File Open Type:",
+          {"All Files", "TIFF", "JPEG", "BMP", "Targa", "PCX", "GIF", "PhotoCD 512x768",
+           "PhotoCD 1024x1536", "PhotoCD 2048x3072", "PNG"},
+          std::clamp(p.defaultOpenFilter - 1, 0, 10));
+    popup(kSaveType,
+          "Default File Save Type:", {"TIFF", "JPEG", "BMP", "Targa", "PCX", "GIF", "EPS"},
+          std::clamp(p.defaultSaveFilter - 1, 0, 6));
+    const std::pair<int32_t, std::pair<const char*, const std::string*>> directories[] = {
+        {kPcdDirectory, {"PhotoCD Directory:", &p.pcdDirectory}},
+        {kStartupDirectory, {"Startup Directory:", &p.startupDirectory}},
+        {kTempDirectory, {"Temporary File Directory:", &p.tempDirectory}},
+    };
+    for (const auto& [id, d] : directories)
+        row([&](QWidget* h) {
+            return new PEditControl(0, 0, 260, h, QString::fromLatin1(d.first),
+                                    QString::fromStdString(*d.second), id);
+        });
+    setWidget(body);
+}
+
+PreferencesPanel::~PreferencesPanel()
+{
+    if (gCurrent == this) gCurrent = nullptr;
+}
+
+bool PreferencesPanel::event(QEvent* event)
+{
+    if (event->type() == ControlEvent::EventType()) {
+        // Colours and lists act at once on the live preferences.
+        auto* e = static_cast<ControlEvent*>(event);
+        Preferences& p = CurrentPreferences();
+        const int32_t value = static_cast<int32_t>(e->value);
+        switch (e->message == 1029 ? e->controlId : (e->message == 1025 ? e->controlId : 0)) {
+        case kWorkspaceColor: Store(p.workspaceColor, ColorFromValue(e->value)); break;
+        case kBorderColor: Store(p.borderColor, ColorFromValue(e->value)); break;
+        case kConfirm: p.confirmClose = value == 1; break;
+        case kUndo: p.undoLevels = value; break;
+        case kOpenType: p.defaultOpenFilter = value + 1; break;
+        case kSaveType: p.defaultSaveFilter = value + 1; break;
+        default: return true;
+        }
+        RefreshAllWindows(frame_);
+        return true;
+    }
+    if (event->type() == UserMessageEvent::EventType()) {
+        auto* e = static_cast<UserMessageEvent*>(event);
+        if (e->message == kMsgPanelAccept) Accept();
+        if (e->message == kMsgPanelCancel) Reject();
+        return true;
+    }
+    return QMdiSubWindow::event(event);
+}
+
+void PreferencesPanel::Accept()
+{
+    Preferences& p = CurrentPreferences();
+    for (QWidget* control : controls_) {
+        if (auto* integer = dynamic_cast<IntegerControl*>(control)) {
+            if (integer->controlId() == kBorderWidth) p.borderWidth = integer->value();
+            if (integer->controlId() == kListLength) p.recentCount = integer->value();
+        } else if (auto* edit = dynamic_cast<PEditControl*>(control)) {
+            const std::string text = edit->text().toStdString();
+            switch (edit->controlId()) {
+            case kResolution: {
+                double dpi = 0.0;
+                if (ParseReal(text, dpi) == 0) p.defaultResolution = std::clamp(dpi, 1.0, 1000.0);
+                break;
+            }
+            case kPcdDirectory: p.pcdDirectory = text; break;
+            case kStartupDirectory: p.startupDirectory = text; break;
+            case kTempDirectory: p.tempDirectory = text; break;
+            default: break;
+            }
+        }
+    }
+    if (MessageBoxShow("", kBoxYesNo, "Save settings for future sessions?") == kAnswerYes && store_)
+        ReportError(PreferencesSave(*store_, p));
+    Finish();
+}
+
+void PreferencesPanel::Reject()
+{
+    CurrentPreferences() = saved_;
+    Finish();
+}
+
+void PreferencesPanel::Finish()
+{
+    finishing_ = true;
+    RefreshAllWindows(frame_);
+    if (gCurrent == this) gCurrent = nullptr;
+    deleteLater();
+}
+
+void PreferencesPanel::closeEvent(QCloseEvent* event)
+{
+    if (finishing_) {
+        QMdiSubWindow::closeEvent(event);
+        return;
+    }
+    // Closing the panel is Cancel.
+    event->ignore();
+    Reject();
+}
+
+}  // namespace lv
