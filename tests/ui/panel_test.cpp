@@ -208,6 +208,32 @@ private slots:
         QCOMPARE(panel->state().preview, nullptr);
     }
 
+    void previewZoomsAndTabStaysInThePanel()
+    {
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
+        ImageWindow* preview = panel->state().preview;
+        QVERIFY(preview);
+        const int32_t zoom = preview->zoom;
+        const int before = gRuns;
+        QVERIFY(frame_->Dispatch(kCmdZoomOut));  // the preview is the active window
+        QCOMPARE(preview->zoom, zoom - 1);
+        QVERIFY(gRuns > before);  // recomputed at the new zoom
+        QVERIFY(preview->display.width < 900 / -zoom + 1);
+
+        // Tab cycles among the panel's own controls and never leaves it.
+        PanelKeyFilter keys(frame_->workspace());
+        qApp->installEventFilter(&keys);
+        frame_->workspace()->setActiveSubWindow(panel);
+        panel->button(kButtonApply)->setFocus();
+        for (int i = 0; i < 12; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QVERIFY(panel->isAncestorOf(QApplication::focusWidget()));
+        }
+        qApp->removeEventFilter(&keys);
+    }
+
     void applyTwiceThenOkComputesNothingMore()
     {
         TransformPanel* panel = OpenPanel();

@@ -392,8 +392,11 @@ bool MainWindow::Dispatch(int32_t id)
 
 void MainWindow::ZoomCommand(int32_t id)
 {
+    // Image windows and previews zoom alike; a preview recomputes what it
+    // shows with its panel's worker.
     ImageSubWindow* w = ActiveImage();
-    if (!w || w->record().windowKind != kKindImage) return;
+    if (!w || (w->record().windowKind != kKindImage && w->record().windowKind != kKindPreview))
+        return;
     switch (id) {
     case kCmdExpand: w->Expand(); break;
     case kCmdFit: w->Fit(); break;

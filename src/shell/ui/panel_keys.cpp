@@ -11,6 +11,20 @@ namespace lv {
 
 bool enterAccepts = true;
 
+void FocusNextInPanel(QWidget* panel, bool forward)
+{
+    QList<QWidget*> chain;
+    for (QWidget* w : panel->findChildren<QWidget*>())
+        if ((w->focusPolicy() & Qt::TabFocus) && w->isVisibleTo(panel) && w->isEnabled() &&
+            !w->focusProxy())
+            chain.push_back(w);
+    if (chain.isEmpty()) return;
+    qsizetype at = chain.indexOf(QApplication::focusWidget());
+    at = at < 0 ? (forward ? -1 : 0) : at;
+    at = (at + (forward ? 1 : chain.size() - 1)) % chain.size();
+    chain[at]->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+}
+
 PanelKeyFilter::PanelKeyFilter(QMdiArea* workspace) : workspace_(workspace) {}
 
 bool PanelKeyFilter::eventFilter(QObject* watched, QEvent* event)

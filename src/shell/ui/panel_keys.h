@@ -8,6 +8,7 @@
 #include <QObject>
 
 class QMdiArea;
+class QWidget;
 
 namespace lv {
 
@@ -20,6 +21,10 @@ enum PanelMessage : int32_t {
 
 // Cleared by panels while one of their multi-line text boxes has the focus.
 extern bool enterAccepts;
+
+// Moves the focus to the next (or previous) control of a panel that takes
+// it, wrapping round, so that Tab never leaves the panel.
+void FocusNextInPanel(QWidget* panel, bool forward);
 
 class PanelKeyFilter : public QObject {
 public:

@@ -200,6 +200,8 @@ bool PreferencesPanel::event(QEvent* event)
         auto* e = static_cast<UserMessageEvent*>(event);
         if (e->message == kMsgPanelAccept) Accept();
         if (e->message == kMsgPanelCancel) Reject();
+        if (e->message == kMsgPanelTab) FocusNextInPanel(this, true);
+        if (e->message == kMsgPanelBackTab) FocusNextInPanel(this, false);
         return true;
     }
     return QMdiSubWindow::event(event);

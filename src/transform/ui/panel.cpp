@@ -408,6 +408,8 @@ bool TransformPanel::event(QEvent* event)
         case kMsgImageChanged: ParamsChanged(); return true;
         case kMsgPanelCancel: Press(kButtonCancel); return true;
         case kMsgPanelAccept: Press(kButtonOk); return true;
+        case kMsgPanelTab: FocusNextInPanel(this, true); return true;
+        case kMsgPanelBackTab: FocusNextInPanel(this, false); return true;
         default: return true;
         }
     }
