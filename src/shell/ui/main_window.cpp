@@ -49,11 +49,35 @@ QKeySequence ShortcutOf(const char* text)
     return QKeySequence(QString::fromLatin1(text));
 }
 
-// The tool bar's buttons: the commands that a photographer reaches for
-// most while looking at pictures.
-constexpr int32_t kToolBarCommands[] = {kCmdZoomIn, kCmdZoomOut, kCmdZoomActual, kCmdFit,
-                                        kCmdExpand, 0,           kCmdCopy,       kCmdNegative,
-                                        0,          kCmdInfo,    kCmdCascade};
+// The tool bar ("ribbon"): its buttons in order, with their tips; 0 is a
+// gap before the tool group.
+struct RibbonButton {
+    int32_t command;
+    const char* label;
+    const char* tip;
+};
+constexpr RibbonButton kRibbon[] = {
+    {kCmdOpenPhotoCd, "PCD", "Open PhotoCD"},
+    {kCmdOpen, "Open", "Open"},
+    {kCmdBrowse, "Browse", "Browse"},
+    {kCmdSave, "Save", "Save"},
+    {kCmdAcquire, "Acquire", "Acquire image via TWAIN driver"},
+    {kCmdZoomIn, "In", "Zoom In"},
+    {kCmdZoomInResize, "In+", "Zoom In and Expand Window"},
+    {kCmdZoomActual, "1:1", "Zoom to 1:1"},
+    {kCmdZoomOut, "Out", "Zoom Out"},
+    {kCmdFit, "Fit", "Zoom Out to Fit Screen"},
+    {kCmdNext, "Next", "Cycle Through Windows"},
+    {0, nullptr, nullptr},
+    {kCmdMaskNew, "Mask", "Mask Tool"},
+    {kCmdZoomTool, "Zoom", "Zoom Tool"},
+    {kCmdMagnifier, "Magnify", "Magnifier Tool"},
+    {kCmdReadout, "Readout", "Readout Tool"},
+    {kCmdClone, "Clone", "Clone Tool"},
+    {kCmdPaint, "Paint", "Paint Tool"},
+    {kCmdLineArrow, "Line", "Line and Arrow Tool"},
+    {kCmdMisc, "Misc", "Miscellaneous Tools"},
+};
 
 }  // namespace
 
@@ -277,8 +301,16 @@ void MainWindow::RebuildWindowList(QMenu* menu)
     }
 }
 
+void MainWindow::UpdateRibbon()
+{
+    const CommandState state = State();
+    for (auto& [action, id] : ribbonActions_)
+        if (action) action->setEnabled(CommandEnabled(id, state));
+}
+
 void MainWindow::BuildToolBar(int32_t side)
 {
+    ribbonActions_.clear();
     if (toolBar_) {
         removeToolBar(toolBar_);
         delete toolBar_;
@@ -289,15 +321,21 @@ void MainWindow::BuildToolBar(int32_t side)
     toolBar_->setMovable(false);
     toolBar_->setFloatable(false);
     toolBar_->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    for (int32_t id : kToolBarCommands) {
-        if (id == 0) {
+    for (const RibbonButton& b : kRibbon) {
+        if (!b.command) {
             toolBar_->addSeparator();
             continue;
         }
-        QString label = QString::fromLatin1(FindCommand(id)->label).remove('&');
-        QAction* a = toolBar_->addAction(label);
+        QAction* a = toolBar_->addAction(QString::fromLatin1(b.label));
+        a->setToolTip(QString::fromLatin1(b.tip));
+        const int32_t id = b.command;
         connect(a, &QAction::triggered, this, [this, id] { Dispatch(id); });
+        ribbonActions_.push_back({a, id});
     }
+    // Buttons grey as their commands do, looked at whenever the active
+    // window changes.
+    connect(workspace_, &QMdiArea::subWindowActivated, toolBar_, [this] { UpdateRibbon(); });
+    UpdateRibbon();
     addToolBar(side == 1 ? Qt::LeftToolBarArea : Qt::TopToolBarArea, toolBar_);
 }
 

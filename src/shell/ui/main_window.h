@@ -4,7 +4,9 @@
 // through Dispatch, which refuses what the enable rules grey.
 #pragma once
 
+#include <QAction>
 #include <QMainWindow>
+#include <QPointer>
 #include <map>
 
 #include "image/image.h"
@@ -58,6 +60,7 @@ protected:
 private:
     void BuildMenus();
     void BuildToolBar(int32_t side);
+    void UpdateRibbon();
     void RebuildRecentFiles(QMenu* menu);
     void RebuildMaskMenu(QMenu* menu);
     void RebuildWindowList(QMenu* menu);
@@ -80,6 +83,7 @@ private:
     QAction* recentAnchor_ = nullptr;  // the recent files go before it
     std::vector<QAction*> recentActions_;
     std::vector<QAction*> windowListActions_;
+    std::vector<std::pair<QPointer<QAction>, int32_t>> ribbonActions_;
     bool menuOpen_ = false;
 };
 
