@@ -17,6 +17,7 @@
 #include "shell/ui/metrics.h"
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
+#include "support/editor_fixture.h"
 #include "synthesis/test_card.h"
 
 using namespace lv;
@@ -25,11 +26,11 @@ class FilesTest : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> frame_;
-    std::unique_ptr<QtFrontEnd> frontEnd_;
+    test::EditorFixture fx_;
+    std::unique_ptr<MainWindow>& frame_ = fx_.frame;
     QTemporaryDir dir_;
-    QStringList boxes_;
-    QList<int32_t> answers_;
+    QStringList& boxes_ = fx_.boxes;
+    QList<int32_t>& answers_ = fx_.answers;
     QList<QStringList> dialogAnswers_;  // names the file dialog returns, in order
     QList<int32_t> dialogFilters_;      // the filter each dialog returns
     int dialogs_ = 0;
@@ -49,18 +50,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(dir_.isValid());
-        InitEngineTables();
-        PoolInit();
-        InitMetrics();
-        uint8_t identity[256];
-        for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
-        DisplayTablesSet(identity, identity, identity);
-        SetMessageBoxAnswerer([this](const QString& caption, int32_t mode, const QString& text) {
-            boxes_.push_back(caption + "|" + text);
-            if (!answers_.isEmpty()) return answers_.takeFirst();
-            return mode == kBoxYesNo || mode == kBoxYesNoCancel ? int32_t{kAnswerYes}
-                                                                : int32_t{kAnswerOk};
-        });
+        fx_.StartEngine();
         SetFileDialogHook([this](const QString&, int32_t& filter) {
             ++dialogs_;
             if (!dialogFilters_.isEmpty()) filter = dialogFilters_.takeFirst();
@@ -70,26 +60,16 @@ private slots:
 
     void init()
     {
-        boxes_.clear();
-        answers_.clear();
         dialogAnswers_.clear();
         dialogFilters_.clear();
         dialogs_ = 0;
         CurrentState() = SessionState();
-        frame_ = std::make_unique<MainWindow>();
-        frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
-        InstallFrontEnd(frontEnd_.get());
-        frame_->resize(1200, 900);
-        frame_->show();
-        QVERIFY(QTest::qWaitForWindowExposed(frame_.get()));
+        QVERIFY(fx_.OpenFrame());
     }
 
     void cleanup()
     {
-        frame_->CloseAllWindows();
-        InstallFrontEnd(nullptr);
-        frontEnd_.reset();
-        frame_.reset();
+        fx_.CloseFrame();
         SetJpegDialogHook(nullptr);
     }
 

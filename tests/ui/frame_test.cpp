@@ -21,6 +21,7 @@
 #include "shell/ui/progress_box.h"
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
+#include "support/editor_fixture.h"
 #include "synthesis/test_card.h"
 
 using namespace lv;
@@ -29,10 +30,11 @@ class FrameTest : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> frame_;
-    std::unique_ptr<QtFrontEnd> frontEnd_;
-    QStringList boxes_;       // "caption|text" of every message box
-    QList<int32_t> answers_;  // answers to give, in order; OK/Yes after
+    test::EditorFixture fx_;
+    std::unique_ptr<MainWindow>& frame_ = fx_.frame;
+    std::unique_ptr<QtFrontEnd>& frontEnd_ = fx_.frontEnd;
+    QStringList& boxes_ = fx_.boxes;
+    QList<int32_t>& answers_ = fx_.answers;
     ImageSubWindow* NewCard(int32_t kind, int32_t width, int32_t height)
     {
         Image card;
@@ -42,42 +44,9 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        InitEngineTables();
-        PoolInit();
-        InitMetrics();
-        uint8_t identity[256];
-        for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
-        DisplayTablesSet(identity, identity, identity);
-        SetMessageBoxAnswerer([this](const QString& caption, int32_t mode, const QString& text) {
-            boxes_.push_back(caption + "|" + text);
-            if (!answers_.isEmpty()) return answers_.takeFirst();
-            return mode == kBoxYesNo || mode == kBoxYesNoCancel ? int32_t{kAnswerYes}
-                                                                : int32_t{kAnswerOk};
-        });
-    }
-
-    void init()
-    {
-        boxes_.clear();
-        answers_.clear();
-        frame_ = std::make_unique<MainWindow>();
-        frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
-        InstallFrontEnd(frontEnd_.get());
-        frame_->resize(1200, 900);
-        frame_->show();
-        QVERIFY(QTest::qWaitForWindowExposed(frame_.get()));
-    }
-
-    void cleanup()
-    {
-        frame_->CloseAllWindows();
-        InstallFrontEnd(nullptr);
-        frontEnd_.reset();
-        frame_.reset();
-        SetDisplayMode(kDisplayTrueColor);
-    }
+    void initTestCase() { fx_.StartEngine(); }
+    void init() { QVERIFY(fx_.OpenFrame()); }
+    void cleanup() { fx_.CloseFrame(); }
 
     void startsWithTheSplashUntilAClick()
     {

@@ -19,6 +19,7 @@
 #include "shell/ui/panel_keys.h"
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
+#include "support/editor_fixture.h"
 #include "synthesis/test_card.h"
 #include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
@@ -54,10 +55,10 @@ class PanelTest : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> frame_;
-    std::unique_ptr<QtFrontEnd> frontEnd_;
-    QStringList boxes_;
-    QList<int32_t> answers_;
+    test::EditorFixture fx_;
+    std::unique_ptr<MainWindow>& frame_ = fx_.frame;
+    QStringList& boxes_ = fx_.boxes;
+    QList<int32_t>& answers_ = fx_.answers;
     ImageSubWindow* input_ = nullptr;
 
     TransformPanel* OpenPanel()
@@ -84,33 +85,12 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        InitEngineTables();
-        PoolInit();
-        InitMetrics();
-        uint8_t identity[256];
-        for (int i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);
-        DisplayTablesSet(identity, identity, identity);
-        SetMessageBoxAnswerer([this](const QString& caption, int32_t mode, const QString& text) {
-            boxes_.push_back(caption + "|" + text);
-            if (!answers_.isEmpty()) return answers_.takeFirst();
-            return mode == kBoxYesNo || mode == kBoxYesNoCancel ? int32_t{kAnswerYes}
-                                                                : int32_t{kAnswerOk};
-        });
-    }
+    void initTestCase() { fx_.StartEngine(); }
 
     void init()
     {
-        boxes_.clear();
-        answers_.clear();
         gRuns = 0;
-        frame_ = std::make_unique<MainWindow>();
-        frontEnd_ = std::make_unique<QtFrontEnd>(frame_->workspace());
-        InstallFrontEnd(frontEnd_.get());
-        frame_->resize(1200, 900);
-        frame_->show();
-        QVERIFY(QTest::qWaitForWindowExposed(frame_.get()));
+        QVERIFY(fx_.OpenFrame());
         Image card;
         QCOMPARE(MakeTestCard(card, kImageColor, 900, 600), 0);
         QCOMPARE(frame_->ShowNewImage(std::move(card), QString()), 0);
@@ -121,10 +101,7 @@ private slots:
     void cleanup()
     {
         if (TransformPanel* panel = TransformPanel::Current()) delete panel;
-        frame_->CloseAllWindows();
-        InstallFrontEnd(nullptr);
-        frontEnd_.reset();
-        frame_.reset();
+        fx_.CloseFrame();
     }
 
     void openingLocksTheInputAndGreysTheOtherTransformations()
