@@ -17,6 +17,7 @@
 #include "shell/tables.h"
 #include "shell/text.h"
 #include "shell/version.h"
+#include "tone/histogram.h"
 #include "transform/registry.h"
 
 namespace lv {
@@ -63,6 +64,12 @@ const char kHelp[] =
     "                            lumivue-cli apply negative --amount 50 in.tif out.tif\n"
     "  list                    The transformations and their parameters.\n"
     "                            lumivue-cli list\n"
+    "  histogram FILE          The histogram of a picture, sampled as the editor\n"
+    "                          does (at most 500000 pixels): the peak, then one\n"
+    "                          line \"level count\" for each of the 256 levels.\n"
+    "                          Colour pictures give luminance; --channel red,\n"
+    "                          green, blue or average chooses another.\n"
+    "                            lumivue-cli histogram photo.jpg --channel red\n"
     "  --help, help            This text.\n"
     "  --version, version      The version and the libraries behind the formats.\n"
     "\n"
@@ -326,6 +333,48 @@ void List()
     }
 }
 
+int32_t Histogram(int argc, char** argv)
+{
+    std::string channel = "luminance";
+    std::string path;
+    for (int i = 2; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--channel" && i + 1 < argc)
+            channel = argv[++i];
+        else if (arg.rfind("--", 0) == 0 || !path.empty())
+            return -1;
+        else
+            path = arg;
+    }
+    if (path.empty()) return -1;
+    const int32_t type = FileTypeFromName(path);
+    Image image;
+    if (int32_t code = ReadImageFile(path, type < 0 ? kTypeTiff : type, image, false)) {
+        PrintError(path, code);
+        return code;
+    }
+    HistogramRecord h, g, b;
+    switch (image.kind) {
+    case kImageBinary: histogram_binary(image, h, kHistogramBudget); break;
+    case kImageGray: histogram_gray(image, h, kHistogramBudget); break;
+    default:
+        if (channel == "luminance") {
+            histogram_luminance(image, h, kHistogramBudget);
+        } else if (channel == "average") {
+            histogram_average(image, h, kHistogramBudget);
+        } else if (channel == "red" || channel == "green" || channel == "blue") {
+            HistogramRecord r;
+            histogram_rgb(image, r, g, b, kHistogramBudget);
+            h = channel == "red" ? r : channel == "green" ? g : b;
+        } else {
+            return -1;
+        }
+    }
+    std::printf("peak %d\n", h.peak);
+    for (int32_t i = 0; i < 256; ++i) std::printf("%d %d\n", i, h.counts[i]);
+    return kOk;
+}
+
 int Usage(const char* problem)
 {
     std::fprintf(stderr, "lumivue-cli: %s; see lumivue-cli --help\n", problem);
@@ -354,6 +403,11 @@ int Main(int argc, char** argv)
     if (command == "list") {
         List();
         return 0;
+    }
+    if (command == "histogram") {
+        const int32_t code = Histogram(argc, argv);
+        if (code < 0) return Usage("histogram needs one file and at most a --channel");
+        return code;
     }
     if (command == "apply") {
         if (argc < 3) return Usage("apply needs a transformation's name");

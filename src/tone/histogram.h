@@ -1,0 +1,42 @@
+// Histograms, taken on a sample of at most 500000 pixels so that a panel
+// opens at once on a large picture, and the table that maps one histogram
+// onto another (Equalize).
+#pragma once
+
+#include <cstdint>
+
+#include "image/image.h"
+
+namespace lv {
+
+// The peak (the largest count) and the 256 counts: also the one row of a
+// histogram Image (kind 5).
+struct HistogramRecord {
+    int32_t peak = 0;
+    int32_t counts[256] = {};
+};
+
+inline constexpr int32_t kHistogramBudget = 500000;
+
+// The sampling steps for a picture: every sy-th row from row 0 and every
+// sx-th pixel of it from column 0, so that at most `budget` pixels are read.
+void HistogramSteps(int32_t width, int32_t height, int32_t budget, int32_t& sx, int32_t& sy);
+
+// The readers. Each shows the box "Histogram", which cannot be aborted.
+void histogram_binary(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_gray(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_rgb(const Image& image, HistogramRecord& red, HistogramRecord& green,
+                   HistogramRecord& blue, int32_t budget);
+void histogram_average(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_luminance(const Image& image, HistogramRecord& h, int32_t budget);
+
+// The histogram of a picture as a kind-5 image: by the source's kind,
+// luminance for colour. 14 for kinds outside 1 to 3.
+int32_t image_histogram(const Image& source, Image& destination);
+
+// Fills `table` so that `histogram` is mapped onto `target`: cumulative
+// sums matched from below, never falling, ties to the lower level.
+void equalize_table(const HistogramRecord& histogram, const HistogramRecord& target,
+                    uint8_t table[256]);
+
+}  // namespace lv

@@ -1,0 +1,75 @@
+#include "tone/histogram.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "image/pixel.h"
+#include "support/scripted_frontend.h"
+#include "synthesis/test_card.h"
+
+namespace lv {
+namespace {
+
+TEST(Histogram, SamplingStaysWithinTheBudget)
+{
+    int32_t sx = 0, sy = 0;
+    HistogramSteps(5000, 4000, kHistogramBudget, sx, sy);
+    EXPECT_LE(int64_t{5000} * 4000 / (int64_t{sx} * sy), kHistogramBudget);
+    EXPECT_TRUE((sx == 6 || sx == 7) && (sy == 6 || sy == 7));  // every sixth or seventh
+    HistogramSteps(100, 100, kHistogramBudget, sx, sy);
+    EXPECT_EQ(sx * sy, 1);
+
+    // The peak is the largest count after sampling; a binary picture counts
+    // into 0 and 255 only. The box cannot be aborted.
+    test::ScriptedFrontEnd fe;
+    fe.abortAtStep = 0;
+    ScopedFrontEnd installed(fe);
+    Image bits;
+    ASSERT_EQ(ImageAlloc(bits, kImageBinary, 10, 4, 72.0), 0);
+    for (int32_t y = 0; y < 4; ++y) std::memset(bits.rows[y], y < 1 ? 0xFF : 0x00, bits.stride);
+    HistogramRecord h;
+    histogram_binary(bits, h, kHistogramBudget);
+    EXPECT_EQ(h.counts[255], 10);
+    EXPECT_EQ(h.counts[0], 30);
+    EXPECT_EQ(h.peak, 30);
+    EXPECT_EQ(fe.titles.back(), "Histogram");
+
+    Image colour, hist;
+    ASSERT_EQ(MakeTestCard(colour, kImageColor, 64, 48), 0);
+    ASSERT_EQ(image_histogram(colour, hist), 0);
+    EXPECT_EQ(hist.kind, kImageHistogram);
+    int32_t sum = 0;
+    const auto* words = reinterpret_cast<const int32_t*>(hist.rows[0]);
+    for (int32_t i = 1; i <= 256; ++i) sum += words[i];
+    EXPECT_EQ(sum, 64 * 48);
+    Image solid;
+    ASSERT_EQ(ImageAlloc(solid, kImageSolid, 1, 1, 0.0), 0);
+    EXPECT_EQ(image_histogram(solid, hist), 14);
+}
+
+TEST(Histogram, EqualizeTableMatchesCumulativeSums)
+{
+    HistogramRecord flat, spike, target;
+    for (int32_t& c : target.counts) c = 1;
+    for (int32_t& c : flat.counts) c = 7;
+    uint8_t table[256];
+    equalize_table(flat, target, table);
+    for (int32_t i = 0; i < 256; ++i) EXPECT_NEAR(table[i], i, 1) << i;  // close to the identity
+
+    // All the mass in one level: below it near 0, from it on 255.
+    spike.counts[100] = 1000;
+    equalize_table(spike, target, table);
+    EXPECT_EQ(table[0], 0);
+    EXPECT_EQ(table[99], 0);
+    EXPECT_EQ(table[100], 255);
+    EXPECT_EQ(table[200], 255);
+    for (int32_t i = 1; i < 256; ++i) EXPECT_GE(table[i], table[i - 1]);  // never falls
+
+    HistogramRecord empty;
+    equalize_table(empty, target, table);
+    EXPECT_EQ(table[37], 37);  // nothing to match: the identity
+}
+
+}  // namespace
+}  // namespace lv
