@@ -1,0 +1,276 @@
+#include "tone/color_space.h"
+
+#include <array>
+
+#include "shell/errors.h"
+#include "shell/tables.h"
+
+namespace lv {
+
+namespace {
+
+inline int32_t Clamp12(int32_t v) { return v < 0 ? 0 : (v > 4096 ? 4096 : v); }
+
+// Hue of a pixel on the 12-bit scale, with the channels ordered by
+// OrderChannels; d = M - m is not 0. The first formula of each sector pair is
+// the one the fixed order picks on ties, which puts a red with equal green and
+// blue at 4096.
+inline int32_t Hue12(ChannelOrder o, int32_t R, int32_t G, int32_t B, int32_t M, int32_t d)
+{
+    if (o.largest == 0)
+        return o.smallest == 1 ? ((M - B) * 4096 / d + 20480) / 6 : (4096 - (M - G) * 4096 / d) / 6;
+    if (o.largest == 1)
+        return o.smallest == 2 ? ((M - R) * 4096 / d + 4096) / 6 : (12288 - (M - B) * 4096 / d) / 6;
+    return o.smallest == 0 ? ((M - G) * 4096 / d + 12288) / 6 : (20480 - (M - R) * 4096 / d) / 6;
+}
+
+// The unchecked cores below take bytes, or 12-bit values in 0..4096.
+
+inline void RgbToHsv12(int32_t r, int32_t g, int32_t b, int32_t& h, int32_t& s, int32_t& v)
+{
+    const ChannelOrder o = OrderChannels(r, g, b);
+    const int32_t c[3] = {Level12[r], Level12[g], Level12[b]};
+    const int32_t M = c[o.largest], d = M - c[o.smallest];
+    v = M;
+    if (M == 0 || d == 0) {
+        h = 0;
+        s = 0;
+        return;
+    }
+    s = d * 4096 / M;
+    h = Hue12(o, c[0], c[1], c[2], M, d);
+}
+
+inline void RgbToHsl12(int32_t r, int32_t g, int32_t b, int32_t& h, int32_t& s, int32_t& l)
+{
+    const ChannelOrder o = OrderChannels(r, g, b);
+    const int32_t c[3] = {Level12[r], Level12[g], Level12[b]};
+    const int32_t M = c[o.largest], m = c[o.smallest], d = M - m;
+    l = (M + m) >> 1;
+    if (d == 0) {
+        h = 0;
+        s = 0;
+        return;
+    }
+    s = l <= 2048 ? d * 4096 / (M + m) : d * 4096 / (8192 - M - m);
+    h = Hue12(o, c[0], c[1], c[2], M, d);
+}
+
+inline void Hsv12ToRgb(int32_t h, int32_t s, int32_t v, int32_t& r, int32_t& g, int32_t& b)
+{
+    if (v == 0) {
+        r = g = b = 0;
+        return;
+    }
+    if (s == 0) {
+        r = g = b = Level8[v];
+        return;
+    }
+    const int32_t sector = (h * 6) >> 12;
+    const int32_t f = h * 6 - sector * 4096;
+    const int32_t p = Level8[(v * (4096 - s)) >> 12];
+    const int32_t q = Level8[(v * (4096 - ((s * f) >> 12))) >> 12];
+    const int32_t t = Level8[(v * (4096 - ((s * (4096 - f)) >> 12))) >> 12];
+    const int32_t V = Level8[v];
+    switch (sector) {
+    case 1: r = q, g = V, b = p; break;
+    case 2: r = p, g = V, b = t; break;
+    case 3: r = p, g = q, b = V; break;
+    case 4: r = t, g = p, b = V; break;
+    case 5: r = V, g = p, b = q; break;
+    default: r = V, g = t, b = p; break;  // 0 or 6
+    }
+}
+
+inline void Hsl12ToRgb(int32_t h, int32_t s, int32_t l, int32_t& r, int32_t& g, int32_t& b)
+{
+    if (l == 0) {
+        r = g = b = 0;
+        return;
+    }
+    if (l == 4096) {
+        r = g = b = 255;
+        return;
+    }
+    if (s == 0) {
+        r = g = b = Level8[l];
+        return;
+    }
+    const int32_t m2 = l <= 2048 ? (l * (s + 4096)) >> 12 : l + s - ((l * s) >> 12);
+    if (m2 == 0) {
+        r = g = b = 0;
+        return;
+    }
+    const int32_t m1 = 2 * l - m2;
+    const int32_t sector = (h * 6) >> 12;
+    const int32_t f = h * 6 - sector * 4096;
+    const int32_t t = ((m2 - m1) * f) >> 12;
+    const int32_t lo = Level8[m1], hi = Level8[m2];
+    switch (sector) {
+    case 1: r = Level8[m2 - t], g = hi, b = lo; break;
+    case 2: r = lo, g = hi, b = Level8[m1 + t]; break;
+    case 3: r = lo, g = Level8[m2 - t], b = hi; break;
+    case 4: r = Level8[m1 + t], g = lo, b = hi; break;
+    case 5: r = hi, g = lo, b = Level8[m2 - t]; break;
+    default: r = hi, g = Level8[m1 + t], b = lo; break;  // 0 or 6
+    }
+}
+
+inline void SetHsvValue(int32_t& r, int32_t& g, int32_t& b, int32_t old_value, int32_t new_value)
+{
+    if (old_value == new_value) return;
+    if (old_value == 0 || new_value == 0) {
+        r = g = b = new_value;
+        return;
+    }
+    r = r * new_value / old_value;
+    g = g * new_value / old_value;
+    b = b * new_value / old_value;
+}
+
+inline void SetHslLightness(int32_t& r, int32_t& g, int32_t& b, int32_t new_level)
+{
+    int32_t h, s, l;
+    RgbToHsl12(r, g, b, h, s, l);
+    Hsl12ToRgb(h, s, Level12[new_level], r, g, b);
+}
+
+// Entry v is ceil(2^32 / v): for x below 2^16 and v up to 255,
+// (x * entry) >> 32 is exactly x / v, which spares the HSV row path three
+// divisions a pixel.
+constexpr std::array<uint64_t, 256> kReciprocal = [] {
+    std::array<uint64_t, 256> t{};
+    for (uint64_t v = 1; v < 256; ++v) t[v] = ((uint64_t{1} << 32) + v - 1) / v;
+    return t;
+}();
+
+inline uint8_t ScaleByte(uint32_t c, uint32_t n, uint32_t v)
+{
+    return static_cast<uint8_t>((uint64_t{c * n} * kReciprocal[v]) >> 32);
+}
+
+void RowHsv(const uint8_t* in, uint8_t* out, int32_t pixels, const uint8_t* table)
+{
+    for (int32_t x = 0; x < pixels; ++x, in += 3, out += 3) {
+        const uint32_t b = in[0], g = in[1], r = in[2];
+        uint32_t v = r > g ? r : g;
+        if (b > v) v = b;
+        const uint32_t n = table[v];
+        if (n == v) {
+            out[0] = static_cast<uint8_t>(b), out[1] = static_cast<uint8_t>(g);
+            out[2] = static_cast<uint8_t>(r);
+        } else if (v == 0 || n == 0) {
+            out[0] = out[1] = out[2] = static_cast<uint8_t>(n);
+        } else {
+            out[0] = ScaleByte(b, n, v), out[1] = ScaleByte(g, n, v), out[2] = ScaleByte(r, n, v);
+        }
+    }
+}
+
+void RowHsl(const uint8_t* in, uint8_t* out, int32_t pixels, const uint8_t* table)
+{
+    for (int32_t x = 0; x < pixels; ++x, in += 3, out += 3) {
+        int32_t b = in[0], g = in[1], r = in[2];
+        int32_t hi = r > g ? r : g, lo = r < g ? r : g;
+        if (b > hi) hi = b;
+        if (b < lo) lo = b;
+        SetHslLightness(r, g, b, table[(hi + lo) >> 1]);
+        out[0] = static_cast<uint8_t>(b), out[1] = static_cast<uint8_t>(g);
+        out[2] = static_cast<uint8_t>(r);
+    }
+}
+
+}  // namespace
+
+void set_hsv_value(int32_t& r, int32_t& g, int32_t& b, int32_t old_value, int32_t new_value)
+{
+    r = Clamp8(r), g = Clamp8(g), b = Clamp8(b);
+    SetHsvValue(r, g, b, Clamp8(old_value), Clamp8(new_value));
+}
+
+void set_hsl_lightness(int32_t& r, int32_t& g, int32_t& b, int32_t new_level)
+{
+    r = Clamp8(r), g = Clamp8(g), b = Clamp8(b);
+    SetHslLightness(r, g, b, Clamp8(new_level));
+}
+
+void map_hsv_saturation(int32_t& r, int32_t& g, int32_t& b, const uint8_t table[256])
+{
+    int32_t c[3] = {Clamp8(r), Clamp8(g), Clamp8(b)};
+    const ChannelOrder o = OrderChannels(c[0], c[1], c[2]);
+    const int32_t M = c[o.largest], u = c[o.middle], m = c[o.smallest];
+    if (M != 0) {
+        const int32_t small = (255 - table[255 * (M - m) / M]) * M / 255;
+        if (M != m) c[o.middle] = M - (M - small) * (M - u) / (M - m);
+        c[o.smallest] = small;
+    }
+    r = c[0], g = c[1], b = c[2];
+}
+
+void map_hsl_saturation(int32_t& r, int32_t& g, int32_t& b, const uint8_t table[256])
+{
+    int32_t c[3] = {Clamp8(r), Clamp8(g), Clamp8(b)};
+    const ChannelOrder o = OrderChannels(c[0], c[1], c[2]);
+    const int32_t M = c[o.largest], u = c[o.middle], m = c[o.smallest];
+    const int32_t s = M + m;
+    if (s != 0 && s != 510) {
+        int32_t large;
+        if (s < 256) {
+            const int32_t n = table[255 * (M - m) / s];
+            large = (n + 255) * s / 510;
+        } else {
+            const int32_t n = table[255 * (M - m) / (510 - s)];
+            large = n + (255 - n) * s / 510;
+        }
+        const int32_t small = s - large;
+        if (M != m) c[o.middle] = large - (large - small) * (M - u) / (M - m);
+        c[o.largest] = large;
+        c[o.smallest] = small;
+    }
+    r = c[0], g = c[1], b = c[2];
+}
+
+void rgb_to_hsv12(int32_t r, int32_t g, int32_t b, int32_t& hue, int32_t& saturation,
+                  int32_t& value)
+{
+    RgbToHsv12(Clamp8(r), Clamp8(g), Clamp8(b), hue, saturation, value);
+}
+
+void hsv12_to_rgb(int32_t hue, int32_t saturation, int32_t value, int32_t& r, int32_t& g,
+                  int32_t& b)
+{
+    Hsv12ToRgb(Clamp12(hue), Clamp12(saturation), Clamp12(value), r, g, b);
+}
+
+void rgb_to_hsl12(int32_t r, int32_t g, int32_t b, int32_t& hue, int32_t& saturation,
+                  int32_t& lightness)
+{
+    RgbToHsl12(Clamp8(r), Clamp8(g), Clamp8(b), hue, saturation, lightness);
+}
+
+void hsl12_to_rgb(int32_t hue, int32_t saturation, int32_t lightness, int32_t& r, int32_t& g,
+                  int32_t& b)
+{
+    Hsl12ToRgb(Clamp12(hue), Clamp12(saturation), Clamp12(lightness), r, g, b);
+}
+
+int32_t ApplyCurveRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
+                      int32_t colorSpace, const uint8_t table[256])
+{
+    if ((channels != 1 && channels != 3) || colorSpace < kColorSpaceHsv ||
+        colorSpace > kColorSpaceRgb)
+        return kErrImageType;
+    if (pixels <= 0) return kOk;
+    if (!in || !out || !table) return kErrImageType;
+    if (channels == 1 || colorSpace == kColorSpaceRgb) {
+        const int64_t count = int64_t{pixels} * channels;
+        for (int64_t i = 0; i < count; ++i) out[i] = table[in[i]];
+    } else if (colorSpace == kColorSpaceHsv) {
+        RowHsv(in, out, pixels, table);
+    } else {
+        RowHsl(in, out, pixels, table);
+    }
+    return kOk;
+}
+
+}  // namespace lv
