@@ -17,6 +17,10 @@ using RowFunction = void (*)(const uint8_t* in, uint8_t* out, int32_t pixels, in
 
 // Runs the worker contract for a point transformation. Kinds 1 to 3 are
 // taken (binary gives gray output); anything else gives 14.
-int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row);
+// With `unchanged` (the settings leave the picture as it is) it takes the
+// short way: a preview copies the input to its display, a full result is a
+// boxed copy.
+int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
+                       bool unchanged = false);
 
 }  // namespace lv
