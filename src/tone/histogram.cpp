@@ -7,6 +7,7 @@
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
+#include "tone/color_space.h"
 
 namespace lv {
 
@@ -106,6 +107,30 @@ void histogram_luminance(const Image& image, HistogramRecord& h, int32_t budget)
         for (int32_t x = 0; x < image.width; x += sx) {
             const uint8_t* p = row + static_cast<size_t>(x) * 3;
             ++h.counts[luminance(p[2], p[1], p[0])];
+        }
+    });
+    Peak(h);
+}
+
+void histogram_value(const Image& image, HistogramRecord& h, int32_t budget)
+{
+    Clear(h);
+    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
+        for (int32_t x = 0; x < image.width; x += sx) {
+            const uint8_t* p = row + static_cast<size_t>(x) * 3;
+            ++h.counts[hsv_value(p[2], p[1], p[0])];
+        }
+    });
+    Peak(h);
+}
+
+void histogram_lightness(const Image& image, HistogramRecord& h, int32_t budget)
+{
+    Clear(h);
+    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
+        for (int32_t x = 0; x < image.width; x += sx) {
+            const uint8_t* p = row + static_cast<size_t>(x) * 3;
+            ++h.counts[hsl_lightness(p[2], p[1], p[0])];
         }
     });
     Peak(h);

@@ -30,6 +30,10 @@ void histogram_rgb(const Image& image, HistogramRecord& red, HistogramRecord& gr
 void histogram_average(const Image& image, HistogramRecord& h, int32_t budget);
 void histogram_luminance(const Image& image, HistogramRecord& h, int32_t budget);
 
+// Colour pictures: the HSV value, and the HSL lightness.
+void histogram_value(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_lightness(const Image& image, HistogramRecord& h, int32_t budget);
+
 // The histogram of a picture as a kind-5 image: by the source's kind,
 // luminance for colour. 14 for kinds outside 1 to 3.
 int32_t image_histogram(const Image& source, Image& destination);

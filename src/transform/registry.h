@@ -28,6 +28,8 @@ struct ParamSpec {
     const char* choices = "";   // Choice: "rgb|hsv|hsl"
     const char* fileKind = "";  // File: the parameter file's name, "Curve" for ".crv"
     const char* help = "";
+    const char* label = "";         // the panel's label, "Color Space:"; the name when empty
+    const char* choiceLabels = "";  // Choice: what the panel shows, "HSV V|HSL L"
 };
 
 // A module's parameter record; its head is the Amount block of its Amount

@@ -7,6 +7,7 @@
 #include "image/pixel.h"
 #include "support/scripted_frontend.h"
 #include "synthesis/test_card.h"
+#include "transform/registry.h"
 
 namespace lv {
 namespace {
@@ -69,6 +70,35 @@ TEST(Histogram, EqualizeTableMatchesCumulativeSums)
     HistogramRecord empty;
     equalize_table(empty, target, table);
     EXPECT_EQ(table[37], 37);  // nothing to match: the identity
+}
+
+}  // namespace
+}  // namespace lv
+
+namespace lv {
+namespace {
+
+TEST(Equalize, MapsTheInputsHistogramOntoAFlatOne)
+{
+    const TransformModule* equalize = FindTransform("equalize");
+    ASSERT_NE(equalize, nullptr);
+    EXPECT_EQ(equalize->panelKind, 56);
+    auto params = equalize->create();
+
+    // A gray picture of two levels: each half of the mass maps to its end.
+    Image gray, result;
+    ASSERT_EQ(ImageAlloc(gray, kImageGray, 40, 20, 72.0), 0);
+    for (int32_t y = 0; y < 20; ++y) std::memset(gray.rows[y], y < 10 ? 60 : 90, gray.stride);
+    ASSERT_EQ(RunTransformToImage(*equalize, *params, &gray, result), 0);
+    EXPECT_LT(result.rows[0][0], 140);
+    EXPECT_EQ(result.rows[19][0], 255);
+
+    // Half strength blends toward the input; none takes the short way.
+    params->amount.amount = 0;
+    ASSERT_EQ(RunTransformToImage(*equalize, *params, &gray, result), 0);
+    EXPECT_EQ(result.rows[19][0], 90);
+    EXPECT_EQ(equalize->set(*params, "color-space", "hsl"), 0);
+    EXPECT_NE(equalize->set(*params, "color-space", "lab"), 0);
 }
 
 }  // namespace

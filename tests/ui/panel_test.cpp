@@ -230,6 +230,20 @@ private slots:
         QVERIFY(!UserFindLock(input_->handle()));
     }
 
+    void equalizeOpensFromItsMenuCommand()
+    {
+        // A registered module with a panel makes its menu command live.
+        QVERIFY(frame_->Dispatch(4044));
+        TransformPanel* panel = TransformPanel::Current();
+        QVERIFY(panel);
+        QCOMPARE(panel->windowTitle(), QStringLiteral("Equalize"));
+        QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
+        QCOMPARE(ResultCount(), 1);
+        QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+        QTest::qWait(20);
+        QCOMPARE(TransformPanel::Current(), nullptr);
+    }
+
     void escapeCancelsAndClosingTheFrameAsksFirst()
     {
         TransformPanel* panel = OpenPanel();

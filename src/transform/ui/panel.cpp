@@ -294,7 +294,8 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
     for (size_t i = 0; i < m.params.size(); ++i) {
         const ParamSpec& p = m.params[i];
         const int32_t id = kFirstParamId + static_cast<int32_t>(i);
-        const QString label = QString::fromLatin1(p.name) + ":";
+        const QString label =
+            *p.label ? QString::fromLatin1(p.label) : QString::fromLatin1(p.name) + ":";
         QWidget* control = nullptr;
         switch (p.type) {
         case ParamType::Int: {
@@ -309,7 +310,8 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
         }
         case ParamType::Choice: {
             std::vector<std::string> entries;
-            for (const QString& e : QString::fromLatin1(p.choices).split('|'))
+            const char* shown = *p.choiceLabels ? p.choiceLabels : p.choices;
+            for (const QString& e : QString::fromLatin1(shown).split('|'))
                 entries.push_back(e.toStdString());
             const int32_t value = std::max<int32_t>(
                 0, static_cast<int32_t>(QString::fromLatin1(p.choices).split('|').indexOf(
