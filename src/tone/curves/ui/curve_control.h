@@ -14,6 +14,8 @@
 class QButtonGroup;
 class QMenu;
 class QAction;
+class QPainter;
+class QToolButton;
 
 namespace lv {
 
@@ -66,10 +68,10 @@ private:
     void PressHistogramView(QMouseEvent* event);
     void DragTo(QPoint pos);
     void UpdateCursor(QPoint pos);
-    void PaintCurveView(class QPainter& painter);
-    void PaintHistogramView(class QPainter& painter);
-    void DrawHistogram(class QPainter& painter, const int32_t counts[256], int32_t peak,
-                       QRect area, bool xorPen);
+    void PaintCurveView(QPainter& painter);
+    void PaintHistogramView(QPainter& painter);
+    void DrawHistogram(QPainter& painter, const int32_t counts[256], int32_t peak, QRect area,
+                       bool xorPen);
     int32_t Scaled(int32_t count) const;
     int32_t PixelToLevelX(int32_t px) const;
     int32_t PixelToLevelY(int32_t py) const;
@@ -96,7 +98,7 @@ private:
     int32_t toolHeight_ = 0;
     QButtonGroup* viewGroup_ = nullptr;
     QButtonGroup* styleGroup_ = nullptr;
-    class QToolButton* optionsButton_ = nullptr;
+    QToolButton* optionsButton_ = nullptr;
     QMenu* options_ = nullptr;
     QAction* linearAction_ = nullptr;
     QAction* logAction_ = nullptr;
