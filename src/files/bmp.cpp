@@ -29,7 +29,6 @@ constexpr int64_t kFileHeaderSize = 14;
 constexpr int64_t kCoreHeaderSize = 12;
 constexpr int64_t kInfoHeaderSize = 40;
 constexpr int64_t kLargestHeaderSize = 124;
-constexpr int64_t kInputBufferSize = 65536;
 
 enum BmpCompression : uint32_t {
     kBmpRgb = 0,
@@ -380,41 +379,14 @@ int32_t DeliverStoredRows(File& file, const BmpInfo& info, const BmpRows& rows,
 
 // ---- Run-length rows --------------------------------------------------------------------
 
-// Sequential reading of the run-length data through a small buffer.
-struct Input {
-    File* file = nullptr;
-    int64_t left = 0;  // bytes of the file not yet in the buffer
-    std::vector<uint8_t> buffer;
-    int64_t at = 0;
-    int64_t end = 0;
-};
-
-bool NextByte(Input& in, uint8_t& byte)
-{
-    if (in.at == in.end) {
-        if (in.left <= 0) return false;
-        int64_t count = std::min<int64_t>(in.left, static_cast<int64_t>(in.buffer.size()));
-        int64_t wanted = count;
-        if (FileRead(*in.file, count, in.buffer.data()) != kOk || count != wanted) return false;
-        in.left -= count;
-        in.at = 0;
-        in.end = count;
-    }
-    byte = in.buffer[in.at++];
-    return true;
-}
-
 // Decodes RLE4 or RLE8 data into `pixels`, one index a byte, bottom row
 // first. Runs and absolute stretches that pass the end of a row are clipped,
 // as is a delta that leaves the picture; pixels never reached keep index 0.
 // False when the data ends before the picture or its end-of-bitmap mark.
 bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pixels)
 {
-    Input in;
-    in.file = &file;
-    in.left = info.fileSize - info.dataOffset;
-    if (!Allocate(in.buffer, kInputBufferSize)) return false;
-    if (FileSeek(file, info.dataOffset) != kOk) return false;
+    ByteSource in;
+    if (!ByteSourceStart(in, file, info.dataOffset, info.fileSize)) return false;
 
     const bool nibbles = info.compression == kBmpRle4;
     const int64_t width = info.width;

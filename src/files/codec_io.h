@@ -2,12 +2,15 @@
 // allocation that reports failure, and how a stopped callback is passed on.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 #include <stdexcept>
 #include <vector>
 
 #include "files/library.h"
+#include "shell/errors.h"
+#include "shell/text.h"
 
 namespace lv::codec {
 
@@ -47,6 +50,43 @@ inline bool Allocate(std::vector<uint8_t>& buffer, int64_t size)
     } catch (const std::length_error&) {
         return false;
     }
+    return true;
+}
+
+// A stretch of a file read one byte at a time through a 64 KB buffer, so the
+// run-length decoders never go to the file for each byte.
+struct ByteSource {
+    File* file = nullptr;
+    int64_t left = 0;  // bytes of the stretch not yet in the buffer
+    std::vector<uint8_t> buffer;
+    int64_t at = 0;
+    int64_t end = 0;
+};
+
+// Starts reading at `start`, up to `stop`. The buffer is made on the first
+// start and kept for the next; false on a failed seek or short memory.
+inline bool ByteSourceStart(ByteSource& in, File& file, int64_t start, int64_t stop)
+{
+    if (in.buffer.empty() && !Allocate(in.buffer, 65536)) return false;
+    in.file = &file;
+    in.left = stop - start;
+    in.at = in.end = 0;
+    return FileSeek(file, start) == kOk;
+}
+
+// False when the stretch or the file ends first.
+inline bool NextByte(ByteSource& in, uint8_t& byte)
+{
+    if (in.at == in.end) {
+        if (in.left <= 0) return false;
+        int64_t count = std::min<int64_t>(in.left, static_cast<int64_t>(in.buffer.size()));
+        const int64_t wanted = count;
+        if (FileRead(*in.file, count, in.buffer.data()) != kOk || count != wanted) return false;
+        in.left -= count;
+        in.at = 0;
+        in.end = count;
+    }
+    byte = in.buffer[in.at++];
     return true;
 }
 

@@ -35,7 +35,6 @@ constexpr int64_t kEndPaletteSize = 1 + 256 * 3;  // the marker and the entries
 constexpr int32_t kLongestRun = 63;
 constexpr uint8_t kRunFlags = 0xC0;
 constexpr double kMetresPerInch = 0.02540005;
-constexpr int64_t kInputBufferSize = 65536;
 
 // The standard 16 colours (red, green, blue) for files that carry no palette.
 constexpr uint8_t kStandardColours[16][3] = {
@@ -157,32 +156,13 @@ bool CheckDataSize(const PcxInfo& info)
 
 // ---- Lines ----------------------------------------------------------------------------------
 
-// Sequential reading of the encoded lines through a small buffer, with the
-// run under way: a run may go on from one line into the next.
+// The encoded lines and the run under way: a run may go on from one line
+// into the next.
 struct Decoder {
-    File* file = nullptr;
-    int64_t left = 0;  // bytes before dataEnd not yet in the buffer
-    std::vector<uint8_t> buffer;
-    int64_t at = 0;
-    int64_t end = 0;
+    ByteSource bytes;
     int32_t runLeft = 0;
     uint8_t runValue = 0;
 };
-
-bool NextByte(Decoder& in, uint8_t& byte)
-{
-    if (in.at == in.end) {
-        if (in.left <= 0) return false;
-        int64_t count = std::min<int64_t>(in.left, static_cast<int64_t>(in.buffer.size()));
-        int64_t wanted = count;
-        if (FileRead(*in.file, count, in.buffer.data()) != kOk || count != wanted) return false;
-        in.left -= count;
-        in.at = 0;
-        in.end = count;
-    }
-    byte = in.buffer[in.at++];
-    return true;
-}
 
 // One line of all planes. A byte with its two high bits set counts a run
 // (low 6 bits) of the byte after it; any other byte stands for itself.
@@ -191,11 +171,11 @@ bool DecodeLine(Decoder& in, bool encoded, uint8_t* line, int64_t size)
     for (int64_t i = 0; i < size; ++i) {
         while (in.runLeft == 0) {
             uint8_t byte;
-            if (!NextByte(in, byte)) return false;
+            if (!NextByte(in.bytes, byte)) return false;
             if (!encoded || (byte & kRunFlags) != kRunFlags) {
                 in.runValue = byte;
                 in.runLeft = 1;
-            } else if (!NextByte(in, in.runValue)) {
+            } else if (!NextByte(in.bytes, in.runValue)) {
                 return false;
             } else {
                 in.runLeft = byte & ~kRunFlags;
@@ -318,12 +298,10 @@ int32_t PcxRead(File& file, const LibraryReader& reader)
     if (result != 0) return Stopped(result);
 
     Decoder in;
-    in.file = &file;
-    in.left = info.dataEnd - kHeaderSize;
     const int64_t lineBytes = info.bytesPerLine * info.planes;
     std::vector<uint8_t> line, out;
-    if (FileSeek(file, kHeaderSize) != kOk || !Allocate(in.buffer, kInputBufferSize) ||
-        !Allocate(line, lineBytes) || !Allocate(out, outBytes)) {
+    if (!ByteSourceStart(in.bytes, file, kHeaderSize, info.dataEnd) || !Allocate(line, lineBytes) ||
+        !Allocate(out, outBytes)) {
         return kLibraryFailed;
     }
     for (int32_t r = 0; r < info.height; ++r) {

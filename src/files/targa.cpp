@@ -30,7 +30,6 @@ using namespace codec;
 
 constexpr int64_t kHeaderSize = 18;
 constexpr int32_t kLargestRun = 128;  // pixels in one packet
-constexpr int64_t kInputBufferSize = 65536;
 
 enum TargaType : int32_t {
     kTargaMapped = 1,
@@ -185,11 +184,7 @@ bool CheckDataSize(const TargaInfo& info)
 // state of the run-length packet under way. Packets may run on from one row
 // into the next.
 struct Input {
-    File* file = nullptr;
-    int64_t left = 0;  // bytes of the file not yet in the buffer
-    std::vector<uint8_t> buffer;
-    int64_t at = 0;
-    int64_t end = 0;
+    ByteSource bytes;
     int32_t packetLeft = 0;  // pixels still to come from the packet
     bool packetIsRun = false;
     uint8_t runPixel[4] = {};
@@ -198,27 +193,14 @@ struct Input {
 // Starts reading at `position`, up to `end`.
 bool StartInput(Input& in, File& file, int64_t position, int64_t end)
 {
-    in.file = &file;
-    in.left = end - position;
-    in.at = in.end = 0;
     in.packetLeft = 0;
-    return FileSeek(file, position) == kOk;
+    return ByteSourceStart(in.bytes, file, position, end);
 }
 
 bool ReadBytes(Input& in, uint8_t* bytes, int32_t count)
 {
-    for (int32_t i = 0; i < count; ++i) {
-        if (in.at == in.end) {
-            if (in.left <= 0) return false;
-            int64_t size = std::min<int64_t>(in.left, static_cast<int64_t>(in.buffer.size()));
-            int64_t wanted = size;
-            if (FileRead(*in.file, size, in.buffer.data()) != kOk || size != wanted) return false;
-            in.left -= size;
-            in.at = 0;
-            in.end = size;
-        }
-        bytes[i] = in.buffer[in.at++];
-    }
+    for (int32_t i = 0; i < count; ++i)
+        if (!NextByte(in.bytes, bytes[i])) return false;
     return true;
 }
 
@@ -271,8 +253,7 @@ int32_t DeliverRows(File& file, const TargaInfo& info, const LibraryReader& read
                     int32_t outBytes)
 {
     Input in;
-    if (!Allocate(in.buffer, kInputBufferSize) ||
-        !StartInput(in, file, info.dataStart, info.fileSize)) {
+    if (!StartInput(in, file, info.dataStart, info.fileSize)) {
         return kLibraryFailed;
     }
     const int32_t height = info.height;

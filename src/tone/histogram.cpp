@@ -88,52 +88,41 @@ void histogram_rgb(const Image& image, HistogramRecord& red, HistogramRecord& gr
     Peak(blue);
 }
 
-void histogram_average(const Image& image, HistogramRecord& h, int32_t budget)
+// One level for each sampled colour pixel, from its stored blue, green, red.
+template <typename Level>
+void ColourLevels(const Image& image, HistogramRecord& h, int32_t budget, Level level)
 {
     Clear(h);
     Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
         for (int32_t x = 0; x < image.width; x += sx) {
             const uint8_t* p = row + static_cast<size_t>(x) * 3;
-            ++h.counts[(p[0] + p[1] + p[2]) / 3];
+            ++h.counts[level(p[0], p[1], p[2])];
         }
     });
     Peak(h);
+}
+
+void histogram_average(const Image& image, HistogramRecord& h, int32_t budget)
+{
+    ColourLevels(image, h, budget, [](int32_t b, int32_t g, int32_t r) { return (b + g + r) / 3; });
 }
 
 void histogram_luminance(const Image& image, HistogramRecord& h, int32_t budget)
 {
-    Clear(h);
-    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
-        for (int32_t x = 0; x < image.width; x += sx) {
-            const uint8_t* p = row + static_cast<size_t>(x) * 3;
-            ++h.counts[luminance(p[2], p[1], p[0])];
-        }
-    });
-    Peak(h);
+    ColourLevels(image, h, budget,
+                 [](int32_t b, int32_t g, int32_t r) { return luminance(r, g, b); });
 }
 
 void histogram_value(const Image& image, HistogramRecord& h, int32_t budget)
 {
-    Clear(h);
-    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
-        for (int32_t x = 0; x < image.width; x += sx) {
-            const uint8_t* p = row + static_cast<size_t>(x) * 3;
-            ++h.counts[hsv_value(p[2], p[1], p[0])];
-        }
-    });
-    Peak(h);
+    ColourLevels(image, h, budget,
+                 [](int32_t b, int32_t g, int32_t r) { return hsv_value(r, g, b); });
 }
 
 void histogram_lightness(const Image& image, HistogramRecord& h, int32_t budget)
 {
-    Clear(h);
-    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
-        for (int32_t x = 0; x < image.width; x += sx) {
-            const uint8_t* p = row + static_cast<size_t>(x) * 3;
-            ++h.counts[hsl_lightness(p[2], p[1], p[0])];
-        }
-    });
-    Peak(h);
+    ColourLevels(image, h, budget,
+                 [](int32_t b, int32_t g, int32_t r) { return hsl_lightness(r, g, b); });
 }
 
 int32_t image_histogram(const Image& source, Image& destination)

@@ -101,5 +101,36 @@ TEST(Equalize, MapsTheInputsHistogramOntoAFlatOne)
     EXPECT_NE(equalize->set(*params, "color-space", "lab"), 0);
 }
 
+TEST(Histogram, ColourReadersTakeRedGreenBlueFromStoredOrder)
+{
+    // Every pixel red 200, green 100, blue 0: stored blue first. A reader
+    // that swapped red and blue would count into another bin.
+    Image colour;
+    ASSERT_EQ(ImageAlloc(colour, kImageColor, 3, 2, 72.0), 0);
+    for (int32_t y = 0; y < 2; ++y)
+        for (int32_t x = 0; x < 3; ++x) {
+            uint8_t* p = colour.rows[y] + x * 3;
+            p[0] = 0;
+            p[1] = 100;
+            p[2] = 200;
+        }
+    test::ScriptedFrontEnd fe;
+    ScopedFrontEnd installed(fe);
+    HistogramRecord h;
+    histogram_average(colour, h, kHistogramBudget);
+    EXPECT_EQ(h.counts[100], 6);
+    histogram_luminance(colour, h, kHistogramBudget);
+    EXPECT_EQ(h.counts[luminance(200, 100, 0)], 6);
+    EXPECT_NE(luminance(200, 100, 0), luminance(0, 100, 200));
+    histogram_value(colour, h, kHistogramBudget);
+    EXPECT_EQ(h.counts[200], 6);
+    EXPECT_EQ(h.peak, 6);
+    histogram_lightness(colour, h, kHistogramBudget);
+    EXPECT_EQ(h.counts[100], 6);
+    HistogramRecord red, green, blue;
+    histogram_rgb(colour, red, green, blue, kHistogramBudget);
+    EXPECT_EQ(red.counts[200] + green.counts[100] + blue.counts[0], 18);
+}
+
 }  // namespace
 }  // namespace lv
