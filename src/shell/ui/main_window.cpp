@@ -301,6 +301,14 @@ void MainWindow::RebuildWindowList(QMenu* menu)
     }
 }
 
+MainWindow::~MainWindow()
+{
+    // Closing the frame hides the image windows, and the workspace may then
+    // announce a new active window. By that time this window's members are
+    // gone, so the ribbon must no longer listen.
+    if (toolBar_) workspace_->disconnect(toolBar_);
+}
+
 void MainWindow::UpdateRibbon()
 {
     const CommandState state = State();

@@ -25,6 +25,7 @@ class Workspace;
 class MainWindow : public QMainWindow {
 public:
     explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     Workspace* workspace() const { return workspace_; }
     QToolBar* toolBar() const { return toolBar_; }
