@@ -11,6 +11,7 @@
 #include "shell/errors.h"
 #include "shell/text.h"
 #include "support/scripted_frontend.h"
+#include "support/temp_dir.h"
 #include "synthesis/test_card.h"
 
 namespace lv {
@@ -18,18 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct TempDir {
-    fs::path path = fs::temp_directory_path() / ("lumivue-formats-" + std::to_string(::getpid()));
-    TempDir() { fs::create_directories(path); }
-    ~TempDir() { fs::remove_all(path); }
-    std::string operator/(const char* name) const { return (path / name).string(); }
-};
-
-std::string Contents(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using test::Contents;
+using test::TempDir;
 
 TEST(FileTypes, NamesExtensionsAndFilters)
 {

@@ -13,24 +13,15 @@
 #include "shell/errors.h"
 #include "shell/preferences.h"
 #include "support/scripted_frontend.h"
+#include "support/temp_dir.h"
 
 namespace lv {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct TempDir {
-    fs::path path = fs::temp_directory_path() / ("lumivue-jpeg-" + std::to_string(::getpid()));
-    TempDir() { fs::create_directories(path); }
-    ~TempDir() { fs::remove_all(path); }
-    std::string operator/(const char* name) const { return (path / name).string(); }
-};
-
-std::string Contents(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using test::Contents;
+using test::TempDir;
 
 // Smooth ramps with a little texture, running up the picture from row 0 at
 // the bottom, so a picture read upside down is far off.
