@@ -23,6 +23,7 @@
 #include "synthesis/test_card.h"
 #include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/slider.h"
 #include "transform/point_worker.h"
 #include "transform/ui/panel.h"
 
@@ -157,6 +158,12 @@ private slots:
         const uint8_t in = input_->record().image.rows[0][0];
         QCOMPARE(panel->state().preview->display.rows[0][0],
                  Lerp8(in, static_cast<uint8_t>(255 - in), 128));
+        // The way a user gets there: the slider's release reaches the Amount
+        // control, and its message climbs from the control's row to the panel.
+        SendControlMessage(amount, kMsgSliderReleased, 0, PackPair(256, block.amount2));
+        QCOMPARE(panel->state().params->amount.amount, 256);
+        SendControlMessage(amount, kMsgSliderReleased, 0, PackPair(512, block.amount2));
+        QCOMPARE(panel->state().params->amount.amount, 512);
         Screenshot(QStringLiteral("panel"));
 
         // A gray picture of the input's size as the Amount mask: two markers.

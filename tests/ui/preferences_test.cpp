@@ -18,6 +18,7 @@
 #include "transform/controls/ui/control_event.h"
 #include "transform/controls/ui/integer_field.h"
 #include "transform/controls/ui/pedit.h"
+#include "transform/controls/ui/popup_list.h"
 
 using namespace lv;
 
@@ -113,7 +114,11 @@ private slots:
         workspaceColor->ClosePicker();
         SendControlMessage(panel, 1029, 2, 0x102030);  // border colour, live
         QCOMPARE(CurrentPreferences().borderColor[0], 0x10);
-        SendControlMessage(panel, 1025, 4, 0);  // Confirm on Close: "no"
+        // Confirm on Close: "no" chosen in its list, whose message goes
+        // through the list's row to the panel.
+        PopupListControl* confirm = Find<PopupListControl>(4);
+        QVERIFY(confirm);
+        SendControlMessage(confirm, kMsgDropChoice, 4, 0);
         QVERIFY(!CurrentPreferences().confirmClose);
         panel->Reject();
         QCOMPARE(CurrentPreferences().borderColor[0], 255);

@@ -110,9 +110,9 @@ PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
     connect(ok, &QPushButton::clicked, this, [this] { Accept(); });
 
     // Each control sits in a row of its own; the controls place themselves
-    // in their row and report to the panel.
+    // in their row, which passes their messages on to the panel.
     auto row = [&](auto make) {
-        auto* holder = new QWidget;
+        auto* holder = new ControlRow(this);
         QWidget* control = make(holder);
         holder->setMinimumSize(control->width(), control->height());
         layout->addWidget(holder);

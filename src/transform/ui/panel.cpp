@@ -268,9 +268,10 @@ constexpr int32_t kFirstParamId = 200;
 
 // A control placed at (0, 0) in a row of the panel's layout.
 template <class Control>
-QWidget* Row(QVBoxLayout& layout, Control*& control, std::function<Control*(QWidget*)> make)
+QWidget* Row(QVBoxLayout& layout, QObject* panel, Control*& control,
+             std::function<Control*(QWidget*)> make)
 {
-    auto* row = new QWidget;
+    auto* row = new ControlRow(panel);
     control = make(row);
     row->setMinimumHeight(control->height());
     row->setMinimumWidth(control->width());
@@ -285,7 +286,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
     const int32_t width = kPanelWidth - 2 * Metrics().margin - Metrics().cxChildBorder;
     if (source_) {
         // Pictures of kinds 1 to 3.
-        Row<ColorImgControl>(layout, inputPicker_, [this](QWidget* row) {
+        Row<ColorImgControl>(layout, this, inputPicker_, [this](QWidget* row) {
             return CreateInputPicker(row, kInputPickerId, 0b1110, source_->handle(), 0, 0,
                                      main_->workspace());
         });
@@ -300,7 +301,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
         switch (p.type) {
         case ParamType::Int: {
             IntegerControl* integer = nullptr;
-            Row<IntegerControl>(layout, integer, [&](QWidget* row) {
+            Row<IntegerControl>(layout, this, integer, [&](QWidget* row) {
                 return new IntegerControl(0, 0, 80, row, label, QString(p.defaultValue).toInt(),
                                           static_cast<int32_t>(p.minimum),
                                           static_cast<int32_t>(p.maximum), id);
@@ -317,7 +318,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
                 0, static_cast<int32_t>(QString::fromLatin1(p.choices).split('|').indexOf(
                        QString::fromLatin1(p.defaultValue))));
             PopupListControl* list = nullptr;
-            Row<PopupListControl>(layout, list, [&](QWidget* row) {
+            Row<PopupListControl>(layout, this, list, [&](QWidget* row) {
                 return new PopupListControl(0, 0, row, value,
                                             PackPopupText(label.toStdString(), entries), id);
             });
@@ -326,7 +327,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
         }
         default: {
             PEditControl* edit = nullptr;
-            Row<PEditControl>(layout, edit, [&](QWidget* row) {
+            Row<PEditControl>(layout, this, edit, [&](QWidget* row) {
                 return new PEditControl(0, 0, 200, row, label, QString::fromLatin1(p.defaultValue),
                                         id);
             });
@@ -337,7 +338,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
         paramControls_.push_back(control);
     }
     if (m.hasAmount) {
-        Row<AmountControl>(layout, amount_, [&](QWidget* row) {
+        Row<AmountControl>(layout, this, amount_, [&](QWidget* row) {
             return new AmountControl(0, 0, width, row, kAmountId,
                                      source_ ? source_->handle() : nullptr, main_->workspace());
         });

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPointer>
 #include <QWidget>
 #include <cstdint>
 
@@ -45,5 +46,24 @@ inline int64_t PackPair(int32_t low, int32_t high)
 }
 inline int32_t LowHalf(int64_t v) { return static_cast<int16_t>(v & 0xFFFF); }
 inline int32_t HighHalf(int64_t v) { return static_cast<int16_t>((v >> 16) & 0xFFFF); }
+
+// The holder of one control in a panel's layout. The control reports to its
+// parent, this row, which passes every message on to the panel that owns it:
+// a plain widget would swallow them.
+class ControlRow : public QWidget {
+public:
+    explicit ControlRow(QObject* owner) : owner_(owner) {}
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == ControlEvent::EventType())
+            return owner_ && QCoreApplication::sendEvent(owner_, event);
+        return QWidget::event(event);
+    }
+
+private:
+    QPointer<QObject> owner_;
+};
 
 }  // namespace lv
