@@ -1,5 +1,7 @@
 // Brightness Curve: one curve applied to the picture in HSV (value), HSL
 // (lightness) or RGB (each channel), blended with the input by the Amount.
+#include "tone/brightness_curve.h"
+
 #include <cstring>
 
 #include "shell/commands.h"
@@ -10,15 +12,6 @@
 
 namespace lv {
 namespace {
-
-struct BrightnessCurveParams : TransformParams {
-    uint8_t table[256];
-    int32_t colorSpace = kColorSpaceHsv;
-    BrightnessCurveParams()
-    {
-        for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(i);
-    }
-};
 
 bool IsIdentity(const uint8_t table[256])
 {
@@ -70,17 +63,18 @@ int32_t Set(TransformParams& p, const std::string& name, const std::string& valu
     return kErrImageType;
 }
 
-// Until its Curve control arrives the module has no panel in the editor;
-// it runs from the command line.
+// In the editor the curve comes from the Curve control (tone/ui), so the
+// "curve" file is for the command line only.
 const TransformRegistration kBrightnessCurve(
     {"brightness-curve",
      "Brightness Curve",
      4050,
-     0,
+     kKindBrightnessCurve,
      true,
-     {{"curve", ParamType::File, 0, 0, "", "", "Curve", "the curve to apply (identity when none)"},
+     {{"curve", ParamType::File, 0, 0, "", "", "Curve", "the curve to apply (identity when none)",
+       "", "", false},
       {"color-space", ParamType::Choice, 0, 0, "hsv", "hsv|hsl|rgb", "",
-       "where the curve acts: value, lightness, or each channel"}},
+       "where the curve acts: value, lightness, or each channel", "Color Space:", "HSV|HSL|RGB"}},
      Create,
      Set,
      nullptr,

@@ -30,6 +30,7 @@ struct ParamSpec {
     const char* help = "";
     const char* label = "";         // the panel's label, "Color Space:"; the name when empty
     const char* choiceLabels = "";  // Choice: what the panel shows, "HSV V|HSL L"
+    bool inPanel = true;  // false: the command line's alone; the panel sets it its own way
 };
 
 // A module's parameter record; its head is the Amount block of its Amount

@@ -96,7 +96,8 @@ TEST(Commands, EnableRulesFollowTheActiveWindow)
     EXPECT_TRUE(CommandEnabled(kCmdClose, busy));
 
     // Modules not in this build are grey whatever the window.
-    EXPECT_FALSE(CommandEnabled(4050, gray));
+    EXPECT_FALSE(CommandEnabled(4049, gray));  // Color Curves, still to come
+    EXPECT_TRUE(CommandEnabled(4050, gray));   // Brightness Curve has its panel
     EXPECT_FALSE(CommandEnabled(kCmdCalibrate, none));
     EXPECT_FALSE(CommandEnabled(9999, gray));
 }

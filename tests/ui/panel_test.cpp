@@ -21,8 +21,11 @@
 #include "shell/ui/workspace.h"
 #include "support/editor_fixture.h"
 #include "synthesis/test_card.h"
+#include "tone/brightness_curve.h"
+#include "tone/curves/ui/curve_control.h"
 #include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/popup_list.h"
 #include "transform/controls/ui/slider.h"
 #include "transform/point_worker.h"
 #include "transform/ui/panel.h"
@@ -246,6 +249,73 @@ private slots:
         QCOMPARE(panel->windowTitle(), QStringLiteral("Equalize"));
         QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
         QCOMPARE(ResultCount(), 1);
+        QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+        QTest::qWait(20);
+        QCOMPARE(TransformPanel::Current(), nullptr);
+    }
+
+    void brightnessCurveDrawsItsCurveAndFollowsTheInput()
+    {
+        QVERIFY(frame_->Dispatch(4050));
+        TransformPanel* panel = TransformPanel::Current();
+        QVERIFY(panel);
+        QCOMPARE(panel->windowTitle(), QStringLiteral("Brightness Curve"));
+        CurveControl* curve = nullptr;
+        for (QWidget* child : panel->findChildren<QWidget*>())
+            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        QVERIFY(curve);
+        // The command line's curve file has no row; the colour space has.
+        QVERIFY(!panel->paramControl(0));
+        auto* list = dynamic_cast<PopupListControl*>(panel->paramControl(1));
+        QVERIFY(list);
+        QVERIFY(!list->parentWidget()->isHidden());
+
+        // A point dragged from the diagonal up: the table reaches the
+        // parameters at the release, through the control's row.
+        auto mouse = [curve](QEvent::Type type, QPoint at) {
+            const Qt::MouseButtons held =
+                type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+            QMouseEvent event(type, QPointF(at), curve->mapToGlobal(QPointF(at)), Qt::LeftButton,
+                              held, Qt::NoModifier);
+            QCoreApplication::sendEvent(curve, &event);
+        };
+        mouse(QEvent::MouseButtonPress, curve->LevelToPixel(64, 64));
+        mouse(QEvent::MouseMove, curve->LevelToPixel(64, 128));
+        mouse(QEvent::MouseButtonRelease, curve->LevelToPixel(64, 128));
+        auto& params = static_cast<BrightnessCurveParams&>(*panel->state().params);
+        QVERIFY(std::abs(params.table[64] - 128) <= 2);
+        QVERIFY(params.table[200] > 200 && params.table[255] == 255);
+        Screenshot(QStringLiteral("brightness-curve"));
+
+        // Applied: a gray pixel of the card gets brighter, in value.
+        QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
+        QCOMPARE(ResultCount(), 1);
+        const Image& in = input_->record().image;
+        const Image* out = nullptr;
+        for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
+            if (w != input_ && w->record().windowKind == kKindImage) out = &w->record().image;
+        QVERIFY(out);
+        int64_t before = 0, after = 0;
+        for (int32_t y = 0; y < in.height; y += 7)
+            for (int32_t x = 0; x < in.width * 3; x += 5) {
+                before += in.rows[y][x];
+                after += out->rows[y][x];
+            }
+        QVERIFY(after > before);
+
+        // RGB from the list: the parameter follows.
+        SendControlMessage(list, kMsgDropChoice, list->controlId(), 2);
+        QCOMPARE(params.colorSpace, int32_t{kColorSpaceRgb});
+
+        // A gray input hides the list; the curve stays.
+        Image gray;
+        QCOMPARE(MakeTestCard(gray, kImageGray, 300, 200), 0);
+        QCOMPARE(frame_->ShowNewImage(std::move(gray), QString()), 0);
+        ImageSubWindow* grayWindow = frame_->ActiveImage();
+        panel->ChangeInput(grayWindow);
+        QCOMPARE(panel->sourceWindow(), grayWindow);
+        QVERIFY(list->parentWidget()->isHidden());
+        QVERIFY(std::abs(params.table[64] - 128) <= 2);
         QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
         QTest::qWait(20);
         QCOMPARE(TransformPanel::Current(), nullptr);

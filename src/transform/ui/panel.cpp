@@ -32,7 +32,25 @@ namespace {
 TransformPanel* gCurrent = nullptr;
 TransformPanel::ControlBuilder gBuilder;
 
+std::vector<PanelPart>& Parts()
+{
+    static std::vector<PanelPart> parts;
+    return parts;
+}
+
+const PanelPart* FindPanelPart(int32_t commandId)
+{
+    for (const PanelPart& part : Parts())
+        if (part.commandId == commandId) return &part;
+    return nullptr;
+}
+
 constexpr int kPanelWidth = 420;
+
+// The identifiers of the generic controls' messages.
+constexpr int32_t kInputPickerId = 103;
+constexpr int32_t kAmountId = 100;
+constexpr int32_t kFirstParamId = 200;
 
 }  // namespace
 
@@ -40,13 +58,20 @@ TransformPanel* TransformPanel::Current() { return gCurrent; }
 
 void TransformPanel::SetControlBuilder(ControlBuilder builder) { gBuilder = std::move(builder); }
 
+void RegisterPanelPart(const PanelPart& part) { Parts().push_back(part); }
+
 int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
                              ImageSubWindow* input, bool shortBar)
 {
     if (gCurrent) return kOk;  // the command is grey while one is open
+    const PanelPart* part = FindPanelPart(module.commandId);
+    if (part && part->check) {
+        if (int32_t code = part->check(input ? &input->record().image : nullptr)) return code;
+    }
     std::unique_ptr<TransformParams> params = module.create ? module.create() : nullptr;
     if (!params) return kErrOutOfMemory;
     auto* panel = new TransformPanel(frame, module, input, shortBar);
+    panel->part_ = part;
     panel->frame_.params = std::move(params);
     FrameStart(panel->frame_);
 
@@ -85,6 +110,7 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
         gBuilder(*panel, *layout);
     else
         panel->BuildDefaultControls(*layout);
+    if (part && part->build) part->build(*panel, *layout);
     layout->addStretch();
     panel->setWidget(body);
 
@@ -120,6 +146,16 @@ TransformPanel::~TransformPanel()
 {
     if (gCurrent == this) gCurrent = nullptr;
     UserRemoveWindow(HandleOf(this));
+}
+
+QWidget* TransformPanel::paramControl(size_t index) const
+{
+    return index < paramControls_.size() ? paramControls_[index] : nullptr;
+}
+
+int32_t TransformPanel::ParamControlId(size_t index)
+{
+    return kFirstParamId + static_cast<int32_t>(index);
 }
 
 QPushButton* TransformPanel::button(int32_t id) const
@@ -262,10 +298,6 @@ void TransformPanel::DestroyPanel()
 
 namespace {
 
-constexpr int32_t kInputPickerId = 103;
-constexpr int32_t kAmountId = 100;
-constexpr int32_t kFirstParamId = 200;
-
 // A control placed at (0, 0) in a row of the panel's layout.
 template <class Control>
 QWidget* Row(QVBoxLayout& layout, QObject* panel, Control*& control,
@@ -294,6 +326,10 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
     const TransformModule& m = *frame_.module;
     for (size_t i = 0; i < m.params.size(); ++i) {
         const ParamSpec& p = m.params[i];
+        if (!p.inPanel) {
+            paramControls_.push_back(nullptr);
+            continue;
+        }
         const int32_t id = kFirstParamId + static_cast<int32_t>(i);
         const QString label =
             *p.label ? QString::fromLatin1(p.label) : QString::fromLatin1(p.name) + ":";
@@ -348,7 +384,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
 
 void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t value)
 {
-    (void)value;
+    if (part_ && part_->message && part_->message(*this, message, controlId, value)) return;
     const TransformModule& m = *frame_.module;
     if (controlId == kAmountId && message == 1026 && amount_) {
         frame_.params->amount = amount_->GetAmount();
@@ -365,6 +401,7 @@ void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t 
     const size_t index = static_cast<size_t>(controlId - kFirstParamId);
     if (controlId < kFirstParamId || index >= m.params.size() || !m.set) return;
     QWidget* control = paramControls_[index];
+    if (!control) return;
     std::string text;
     if (auto* integer = dynamic_cast<IntegerControl*>(control))
         text = std::to_string(integer->value());
@@ -398,6 +435,7 @@ void TransformPanel::ChangeInput(ImageSubWindow* input)
         amount_->SetMaskSize(frame_.outputWidth, frame_.outputHeight);
         frame_.params->amount = amount_->GetAmount();
     }
+    if (part_ && part_->inputChanged) part_->inputChanged(*this);
     restart_preview(frame_);
 }
 

@@ -18,6 +18,28 @@ namespace lv {
 
 class ImageSubWindow;
 class MainWindow;
+class TransformPanel;
+
+// A module's own part of its panel, for what a list of parameters cannot
+// show (a curve to draw, say). It lives in the module's ui/ folder and
+// registers itself by the module's command; the generic rows stay.
+struct PanelPart {
+    int32_t commandId = 0;
+    // Before anything is made: 0, or the code the command reports.
+    int32_t (*check)(const Image* input) = nullptr;
+    // Adds the module's controls once the generic rows are in `layout`.
+    void (*build)(TransformPanel& panel, QVBoxLayout& layout) = nullptr;
+    // A control's message, before the generic handling; true when taken.
+    bool (*message)(TransformPanel& panel, int32_t message, int32_t controlId,
+                    int64_t value) = nullptr;
+    // The input picker chose another picture; the preview restarts after.
+    void (*inputChanged)(TransformPanel& panel) = nullptr;
+};
+
+void RegisterPanelPart(const PanelPart& part);
+struct PanelPartRegistration {
+    explicit PanelPartRegistration(const PanelPart& part) { RegisterPanelPart(part); }
+};
 
 class TransformPanel : public QMdiSubWindow, public FrameHost {
 public:
@@ -40,6 +62,10 @@ public:
     ImageSubWindow* sourceWindow() const { return source_; }
     MainWindow* mainWindow() const { return main_; }
     QPushButton* button(int32_t id) const;
+    // The control of the module's parameter `index` (null when it has none
+    // in the panel), and the identifier its messages carry.
+    QWidget* paramControl(size_t index) const;
+    static int32_t ParamControlId(size_t index);
     QCheckBox* autoBox() const { return auto_; }
     // A parameter changed: the preview follows (or goes stale).
     void ParamsChanged() { params_changed(frame_); }
@@ -82,6 +108,7 @@ private:
     class AmountControl* amount_ = nullptr;
     class ColorImgControl* inputPicker_ = nullptr;
     std::vector<QWidget*> paramControls_;  // one a parameter, in order
+    const PanelPart* part_ = nullptr;
     bool creating_ = false;  // a preview is being made: no display runs yet
     bool closing_ = false;
 };

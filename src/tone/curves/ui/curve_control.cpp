@@ -6,9 +6,12 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QIcon>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
+#include <QPixmap>
 #include <QPolygon>
 #include <QToolButton>
 #include <algorithm>
@@ -49,6 +52,47 @@ QString& LastCurveDirectory()
     return directory;
 }
 
+// The picture on a view or style button, 20 by 14: 0 the curve, 1 the
+// histograms, 2 a stair step, 3 a broken line, 4 a smooth curve. The name
+// stays the button's text, which Qt shows as its tip.
+QIcon ToolIcon(int32_t which)
+{
+    QPixmap pixmap(20, 14);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing, which == 0 || which == 4);
+    painter.setPen(QPen(Qt::black, 1.5));
+    switch (which) {
+    case 0: {
+        QPainterPath path(QPointF(2, 12));
+        path.cubicTo(QPointF(6, 2), QPointF(12, 2), QPointF(18, 2));
+        painter.drawPath(path);
+        break;
+    }
+    case 1:
+        painter.setPen(Qt::black);
+        for (int32_t i = 0; i < 8; ++i) {
+            const int32_t h = (i * 5 + 3) % 9 + 3;
+            painter.drawLine(2 + 2 * i, 13, 2 + 2 * i, 13 - h);
+        }
+        break;
+    case 2:
+        painter.drawPolyline(QPolygon({QPoint(2, 12), QPoint(8, 12), QPoint(8, 7), QPoint(13, 7),
+                                       QPoint(13, 2), QPoint(18, 2)}));
+        break;
+    case 3:
+        painter.drawPolyline(QPolygon({QPoint(2, 12), QPoint(7, 5), QPoint(13, 8), QPoint(18, 2)}));
+        break;
+    default: {
+        QPainterPath path(QPointF(2, 12));
+        path.cubicTo(QPointF(8, 0), QPointF(12, 14), QPointF(18, 2));
+        painter.drawPath(path);
+        break;
+    }
+    }
+    return QIcon(pixmap);
+}
+
 void DrawRailMarker(QPainter& painter, QPoint tip, bool pointsRight)
 {
     QPolygon triangle;
@@ -79,6 +123,7 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
     for (int32_t i = 0; i < 2; ++i) {
         auto* button = new QToolButton(this);
         button->setText(viewNames[i]);
+        button->setIcon(ToolIcon(i));
         button->setCheckable(true);
         viewGroup_->addButton(button, i);
     }
@@ -89,6 +134,7 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
     for (int32_t i = 0; i < 3; ++i) {
         auto* button = new QToolButton(this);
         button->setText(styleNames[i]);
+        button->setIcon(ToolIcon(2 + i));
         button->setCheckable(true);
         styleGroup_->addButton(button, i);
     }
@@ -524,7 +570,7 @@ void CurveControl::DrawHistogram(QPainter& painter, const int32_t counts[256], i
 void CurveControl::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(QRect(0, toolHeight_, width(), height() - toolHeight_), kBackground);
+    painter.fillRect(rect(), kBackground);  // the tool strip's free end as well
     if (view_ == 0)
         PaintCurveView(painter);
     else
