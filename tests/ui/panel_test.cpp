@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QtTest>
 
+#include "files/ui/file_commands.h"
 #include "image/display.h"
 #include "image/pixel.h"
 #include "image/ui/image_window.h"
@@ -319,6 +320,39 @@ private slots:
         QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
         QTest::qWait(20);
         QCOMPARE(TransformPanel::Current(), nullptr);
+    }
+
+    void brightnessCurveOnAPhotograph()
+    {
+        // The documentation's picture of the panel at work, made only when
+        // screenshots are asked for and the shared photographs are here.
+        const QString photo = QStringLiteral(LUMIVUE_TESTDATA "/photos/Dune.jpg");
+        if (qEnvironmentVariable("LUMIVUE_SCREENSHOTS").isEmpty() || !QFile::exists(photo))
+            QSKIP("no screenshot folder or no photograph");
+        QCOMPARE(FileOpen(frame_.get(), photo, 1), 0);
+        QVERIFY(frame_->Dispatch(4050));
+        TransformPanel* panel = TransformPanel::Current();
+        QVERIFY(panel);
+        CurveControl* curve = nullptr;
+        for (QWidget* child : panel->findChildren<QWidget*>())
+            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        QVERIFY(curve);
+        // A gentle S: shadows down, highlights up.
+        for (const auto& [from, to] : {std::pair{64, 48}, std::pair{192, 212}}) {
+            for (QEvent::Type type :
+                 {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
+                const QPoint at =
+                    curve->LevelToPixel(from, type == QEvent::MouseButtonPress ? from : to);
+                QMouseEvent event(
+                    type, QPointF(at), curve->mapToGlobal(QPointF(at)), Qt::LeftButton,
+                    type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                    Qt::NoModifier);
+                QCoreApplication::sendEvent(curve, &event);
+            }
+        }
+        QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
+        QVERIFY(panel->state().preview);
+        Screenshot(QStringLiteral("brightness-curve-photo"));
     }
 
     void escapeCancelsAndClosingTheFrameAsksFirst()
