@@ -101,6 +101,7 @@ const std::vector<Command> kCommands = {
     {kCmdMagnifier, "M&agnifier", kAlways, N, nullptr, 47, Later},
     // Window
     {kCmdInfo, "&Info...", kImageWindow, N, "Ctrl+W", 0, Built},
+    {kCmdHistogram, "&Histogram", kImageWindow, N, nullptr, 0, Built},
     {kCmdGrid, "&Grid...", kImageWindow, N, nullptr, 0, Built},
     {kCmdExpand, "&Expand", kImageOrPreview, N, nullptr, 0, Built},
     {kCmdFit, "&Fit", kImageOrPreview, N, nullptr, 0, Built},
@@ -181,6 +182,7 @@ const std::vector<Menu> kMenuBar = {
       Cmd(kCmdMisc), Cmd(kCmdMagnifier)}},
     {"&Window",
      {Cmd(kCmdInfo),
+      Cmd(kCmdHistogram),
       Cmd(kCmdGrid),
       Sep(),
       Cmd(kCmdExpand),

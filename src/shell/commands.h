@@ -64,6 +64,7 @@ enum CommandId : int32_t {
     kCmdCloseAll = 3014,
     kCmdZoomActual = 3015,
     kCmdCascade = 3016,
+    kCmdHistogram = 3017,  // a histogram window of the active picture
     kCmdCopy = 4005,
     kCmdNegative = 4006,
     kCmdMaskNew = 4500,

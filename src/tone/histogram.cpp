@@ -134,7 +134,11 @@ int32_t image_histogram(const Image& source, Image& destination)
     case kImageColor: histogram_luminance(source, h, kHistogramBudget); break;
     default: return kErrImageType;
     }
-    if (int32_t code = ImageAlloc(destination, kImageHistogram, 1, 1, 0.0)) return code;
+    // The one row holds the counts whatever the size; the size is what a
+    // window shows: the 256 bins a pixel apart inside the 4-pixel inset.
+    if (int32_t code = ImageAlloc(destination, kImageHistogram, kHistogramWindowWidth,
+                                  kHistogramWindowHeight, 0.0))
+        return code;
     std::memcpy(destination.rows[0], &h, sizeof h);
     return kOk;
 }

@@ -17,6 +17,9 @@ struct HistogramRecord {
 };
 
 inline constexpr int32_t kHistogramBudget = 500000;
+// The size given to the record `image_histogram` makes, for its window.
+inline constexpr int32_t kHistogramWindowWidth = 264;
+inline constexpr int32_t kHistogramWindowHeight = 136;
 
 // The sampling steps for a picture: every sy-th row from row 0 and every
 // sx-th pixel of it from column 0, so that at most `budget` pixels are read.

@@ -122,6 +122,30 @@ private slots:
         QCOMPARE(stack[1], source);
     }
 
+    void histogramOpensAWindowOfTheCounts()
+    {
+        ImageSubWindow* source = NewCard(kImageGray, 200, 150);
+        QVERIFY(source);
+        QVERIFY(frame_->Dispatch(kCmdHistogram));
+        ImageSubWindow* histogram = frame_->ActiveImage();
+        QVERIFY(histogram && histogram != source);
+        QCOMPARE(histogram->record().image.kind, int32_t{kImageHistogram});
+        QVERIFY(histogram->windowTitle().startsWith(QStringLiteral("Histogram")));
+        const auto* words = reinterpret_cast<const int32_t*>(histogram->record().image.rows[0]);
+        int64_t sum = 0;
+        for (int32_t i = 1; i <= 256; ++i) sum += words[i];
+        QCOMPARE(sum, int64_t{200 * 150});
+        // Big enough to show each bin, not a speck.
+        QVERIFY(histogram->widget()->width() >= 256);
+        if (!qEnvironmentVariable("LUMIVUE_SCREENSHOTS").isEmpty()) {
+            QTest::qWait(50);
+            frame_->grab().save(qEnvironmentVariable("LUMIVUE_SCREENSHOTS") + "/histogram.png");
+        }
+        // A histogram holds no picture to count: the command's error.
+        QVERIFY(frame_->Dispatch(kCmdHistogram));
+        QCOMPARE(fx_.boxes.last(), QStringLiteral("Error|Illegal input image type"));
+    }
+
     void scrollingKeepsWholePixelsAndTheDisplayRight()
     {
         ImageSubWindow* w = NewCard(kImageColor, 900, 700);

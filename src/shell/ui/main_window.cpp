@@ -27,6 +27,7 @@
 #include "shell/ui/preferences_panel.h"
 #include "shell/ui/workspace.h"
 #include "shell/version.h"
+#include "tone/histogram.h"
 #include "transform/registry.h"
 #include "transform/ui/panel.h"
 
@@ -376,6 +377,9 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdUndo: UndoGroup(); break;
     case kCmdUndoAll: UndoAll(); break;
     case kCmdInfo: ShowWindowInfo(this, image ? &image->record() : nullptr); break;
+    case kCmdHistogram:
+        if (image) ReportError(ShowHistogram(*image));
+        break;
     case kCmdGrid:
         if (image) ShowWindowGrid(this, image);
         break;
@@ -485,6 +489,13 @@ int32_t MainWindow::DuplicateWindow(int32_t id)
     window->show();
     window->UpdateTitle();
     return result;
+}
+
+int32_t MainWindow::ShowHistogram(ImageSubWindow& source)
+{
+    Image histogram;
+    if (int32_t code = image_histogram(source.record().image, histogram)) return code;
+    return ShowNewImage(std::move(histogram), QStringLiteral("Histogram"));
 }
 
 int32_t MainWindow::ShowNewImage(Image&& image, const QString& title)

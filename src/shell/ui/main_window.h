@@ -47,6 +47,10 @@ public:
     // workspace (the way Open and Paste place theirs); takes the image.
     // Result 0 or an error code, which the caller reports.
     int32_t ShowNewImage(Image&& image, const QString& title);
+    // The Histogram command: a new window with the picture's sampled
+    // histogram (luminance for colour). 0, or 14 for a window that holds no
+    // picture.
+    int32_t ShowHistogram(ImageSubWindow& source);
     // Asks every window whether it may close, in order; false as soon as one
     // refuses.
     bool WindowsQuerySave();
