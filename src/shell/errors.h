@@ -34,6 +34,7 @@ enum ErrorCode : int32_t {
     kErrDeleting = 38,
     kErrColorCurveFile = 42,
     kErrUnknownFileType = 71,
+    kErrToolOnPreview = 82,
     kErrTempDirectory = 88,
     kErrColorRegistrationFile = 87,
     kErrLayoutFile = 95,

@@ -254,6 +254,23 @@ void hsl12_to_rgb(int32_t hue, int32_t saturation, int32_t lightness, int32_t& r
     Hsl12ToRgb(Clamp12(hue), Clamp12(saturation), Clamp12(lightness), r, g, b);
 }
 
+int32_t ProbeChannelLevel(int32_t channel, int32_t r, int32_t g, int32_t b)
+{
+    int32_t hue = 0, saturation = 0, level = 0;
+    switch (channel) {
+    case 1: return hsv_value(r, g, b);
+    case 2: return hsl_lightness(r, g, b);
+    case 3: return hsv_saturation(r, g, b);
+    case 4: return hsl_saturation(r, g, b);
+    case 6: rgb_to_hsv12(r, g, b, hue, saturation, level); return hue * 255 >> 12;
+    case 7: rgb_to_hsl12(r, g, b, hue, saturation, level); return hue * 255 >> 12;
+    case 8: return r;
+    case 9: return g;
+    case 10: return b;
+    default: return -1;
+    }
+}
+
 int32_t ApplyCurveRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
                       int32_t colorSpace, const uint8_t table[256])
 {

@@ -103,6 +103,13 @@ void map_hsv_saturation(int32_t& r, int32_t& g, int32_t& b, const uint8_t table[
 // Maps the saturation through a 256-byte table, keeping lightness.
 void map_hsl_saturation(int32_t& r, int32_t& g, int32_t& b, const uint8_t table[256]);
 
+// What a probe shows on a curve's input axis for its channel code: 1 HSV
+// value, 2 HSL lightness, 3 HSV saturation, 4 HSL saturation, 6 HSV hue and
+// 7 HSL hue (12 bits brought to 8: times 255, shifted right by 12), 8 red,
+// 9 green, 10 blue. -1 for any other code (5, all three channels, is read
+// as r, g, b by the caller).
+int32_t ProbeChannelLevel(int32_t channel, int32_t r, int32_t g, int32_t b);
+
 // --- Twelve-bit conversions ------------------------------------------------
 
 void rgb_to_hsv12(int32_t r, int32_t g, int32_t b, int32_t& hue, int32_t& saturation,

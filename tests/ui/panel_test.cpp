@@ -4,12 +4,15 @@
 #include <QCheckBox>
 #include <QMdiArea>
 #include <QPushButton>
+#include <QToolButton>
 #include <QtTest>
 
 #include "files/ui/file_commands.h"
 #include "image/display.h"
 #include "image/pixel.h"
 #include "image/ui/image_window.h"
+#include "image/ui/tools.h"
+#include "image/window.h"
 #include "shell/commands.h"
 #include "shell/errors.h"
 #include "shell/tables.h"
@@ -320,6 +323,77 @@ private slots:
         QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
         QTest::qWait(20);
         QCOMPARE(TransformPanel::Current(), nullptr);
+    }
+
+    void brightnessCurveProbeMarksTheLevelUnderThePointer()
+    {
+        QVERIFY(frame_->Dispatch(4050));
+        TransformPanel* panel = TransformPanel::Current();
+        QVERIFY(panel);
+        CurveControl* curve = nullptr;
+        for (QWidget* child : panel->findChildren<QWidget*>())
+            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        QVERIFY(curve);
+        QCOMPARE(curve->probeChannel(), 1);  // colour in HSV: the value
+        QVERIFY(curve->probeButton()->isEnabled());
+        curve->probeButton()->click();
+        QCOMPARE(CurrentTool(), int32_t{kToolProbe});
+
+        // Any image window can be probed: one of a single colour here.
+        auto flat = [this](uint8_t red, uint8_t green, uint8_t blue) {
+            Image image;
+            if (ImageAlloc(image, kImageColor, 120, 90, 72.0) != 0) return (ImageSubWindow*)nullptr;
+            for (int32_t y = 0; y < 90; ++y)
+                for (int32_t x = 0; x < 120; ++x) {
+                    image.rows[y][3 * x] = blue;
+                    image.rows[y][3 * x + 1] = green;
+                    image.rows[y][3 * x + 2] = red;
+                }
+            if (frame_->ShowNewImage(std::move(image), QString()) != 0)
+                return (ImageSubWindow*)nullptr;
+            return frame_->ActiveImage();
+        };
+        ImageSubWindow* orange = flat(200, 100, 0);
+        QVERIFY(orange);
+        QWidget* client = orange->view()->viewport();
+        QTest::mousePress(client, Qt::LeftButton, {}, QPoint(30, 20));
+        QCOMPARE(curve->probeLevel(), 200);
+        QTest::mouseRelease(client, Qt::LeftButton, {}, QPoint(30, 20));
+        QCOMPARE(curve->probeLevel(), -1);
+
+        // RGB probes all three channels.
+        auto* list = dynamic_cast<PopupListControl*>(panel->paramControl(1));
+        QVERIFY(list);
+        SendControlMessage(list, kMsgDropChoice, list->controlId(), 2);
+        QCOMPARE(curve->probeChannel(), 5);
+        QVERIFY(curve->probeButton()->isChecked());
+        QTest::mousePress(client, Qt::LeftButton, {}, QPoint(30, 20));
+        QCOMPARE(curve->probeLevels()[0], 200);
+        QCOMPARE(curve->probeLevels()[1], 100);
+        QCOMPARE(curve->probeLevels()[2], 0);
+        Screenshot(QStringLiteral("probe"));
+        QTest::mouseRelease(client, Qt::LeftButton, {}, QPoint(30, 20));
+
+        // A preview is no picture to probe.
+        QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
+        ImageSubWindow* preview = nullptr;
+        for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
+            if (w->record().windowKind == kWindowPreview) preview = w;
+        QVERIFY(preview);
+        QTest::mousePress(preview->view()->viewport(), Qt::LeftButton, {}, QPoint(10, 10));
+        QCOMPARE(boxes_.last(), QStringLiteral("Error|Tools/Probes don't work on preview windows"));
+        QTest::mouseRelease(preview->view()->viewport(), Qt::LeftButton, {}, QPoint(10, 10));
+
+        // Gray input: one channel again; closing the panel ends the probe.
+        Image gray;
+        QCOMPARE(MakeTestCard(gray, kImageGray, 120, 90), 0);
+        QCOMPARE(frame_->ShowNewImage(std::move(gray), QString()), 0);
+        panel->ChangeInput(frame_->ActiveImage());
+        QCOMPARE(curve->probeChannel(), 1);
+        QVERIFY(curve->probeButton()->isChecked());
+        QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+        QTest::qWait(20);
+        QCOMPARE(CurrentTool(), int32_t{kToolNone});
     }
 
     void brightnessCurveOnAPhotograph()

@@ -9,6 +9,7 @@
 
 #include "image/display.h"
 #include "image/ui/display_painter.h"
+#include "image/ui/tools.h"
 #include "shell/errors.h"
 #include "shell/frontend.h"
 #include "shell/preferences.h"
@@ -95,7 +96,28 @@ void ImageView::mousePressEvent(QMouseEvent* event)
             ImageSubWindow::popupFunction(owner_, event->globalPosition().toPoint());
         return;
     }
+    const QPoint at = event->position().toPoint();
+    if (event->button() == Qt::LeftButton &&
+        ToolMouse(*owner_, at.x(), at.y(),
+                  event->modifiers() & Qt::ShiftModifier ? kToolShiftDown : kToolDown))
+        return;
     QAbstractScrollArea::mousePressEvent(event);
+}
+
+void ImageView::mouseMoveEvent(QMouseEvent* event)
+{
+    const QPoint at = event->position().toPoint();
+    if (ToolMouse(*owner_, at.x(), at.y(),
+                  event->modifiers() & Qt::ShiftModifier ? kToolShiftMove : kToolMove))
+        return;
+    QAbstractScrollArea::mouseMoveEvent(event);
+}
+
+void ImageView::mouseReleaseEvent(QMouseEvent* event)
+{
+    const QPoint at = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && ToolMouse(*owner_, at.x(), at.y(), kToolUp)) return;
+    QAbstractScrollArea::mouseReleaseEvent(event);
 }
 
 // ---- ImageSubWindow ---------------------------------------------------------
@@ -154,6 +176,8 @@ int32_t ImageSubWindow::Create(QMdiArea* workspace, ImageSubWindow* model, int32
 
 ImageSubWindow::~ImageSubWindow()
 {
+    // A tool that holds on to this window lets go of it.
+    ToolMouse(*this, 0, 0, kToolWindowGone);
     UndoPurge(record_);
     UserRemoveWindow(handle());
     SlotRelease(slot_);

@@ -58,19 +58,21 @@ int32_t Check(const Image* input)
 
 // The histograms behind the curve: binary and gray pictures their own, and
 // colour ones what the colour space acts on: the value, the lightness, or
-// red, green and blue.
+// red, green and blue. The probe reads the same.
 void TakeHistograms(TransformPanel& panel, CurveState& state)
 {
     const Image* image = InputOf(panel);
     HistogramRecord* h = state.channels;
     if (!image || Check(image) != kOk) {
         state.curve->SetHistograms(0, nullptr, nullptr, nullptr);
+        state.curve->SetProbeChannel(0);
         return;
     }
     const int32_t space = ParamsOf(panel).colorSpace;
     if (image->kind == kImageColor && space == kColorSpaceRgb) {
         histogram_rgb(*image, h[0], h[1], h[2], kHistogramBudget);
         state.curve->SetHistograms(2, &h[0], &h[1], &h[2]);
+        state.curve->SetProbeChannel(5);
         return;
     }
     if (image->kind == kImageBinary)
@@ -82,6 +84,7 @@ void TakeHistograms(TransformPanel& panel, CurveState& state)
     else
         histogram_value(*image, h[0], kHistogramBudget);
     state.curve->SetHistograms(1, &h[0], nullptr, nullptr);
+    state.curve->SetProbeChannel(image->kind == kImageColor && space == kColorSpaceHsl ? 2 : 1);
 }
 
 void ShowColorSpace(TransformPanel& panel)

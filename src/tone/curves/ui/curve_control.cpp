@@ -21,7 +21,9 @@
 #include "shell/errors.h"
 #include "shell/frontend.h"
 #include "shell/ui/metrics.h"
+#include "tone/color_space.h"
 #include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/probe_tool.h"
 
 namespace lv {
 
@@ -52,8 +54,9 @@ QString& LastCurveDirectory()
     return directory;
 }
 
-// The picture on a view or style button, 20 by 14: 0 the curve, 1 the
-// histograms, 2 a stair step, 3 a broken line, 4 a smooth curve. The name
+// The picture on a view, style or probe button, 20 by 14: 0 the curve, 1
+// the histograms, 2 a stair step, 3 a broken line, 4 a smooth curve, 5 the
+// probe. The name
 // stays the button's text, which Qt shows as its tip.
 QIcon ToolIcon(int32_t which)
 {
@@ -83,12 +86,17 @@ QIcon ToolIcon(int32_t which)
     case 3:
         painter.drawPolyline(QPolygon({QPoint(2, 12), QPoint(7, 5), QPoint(13, 8), QPoint(18, 2)}));
         break;
-    default: {
+    case 4: {
         QPainterPath path(QPointF(2, 12));
         path.cubicTo(QPointF(8, 0), QPointF(12, 14), QPointF(18, 2));
         painter.drawPath(path);
         break;
     }
+    default:  // the probe: a pipette tip over a dot
+        painter.drawLine(6, 12, 14, 4);
+        painter.drawLine(13, 2, 17, 6);
+        painter.drawPoint(4, 13);
+        break;
     }
     return QIcon(pixmap);
 }
@@ -144,6 +152,21 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
         Changed();
     });
 
+    probeButton_ = new QToolButton(this);
+    probeButton_->setText("Probe");
+    probeButton_->setIcon(ToolIcon(5));
+    probeButton_->setCheckable(true);
+    probeButton_->setEnabled(false);
+    connect(probeButton_, &QToolButton::toggled, this, [this](bool down) {
+        if (down) {
+            StartProbe(this);
+        } else {
+            EndProbe(this);
+            probeLevel_ = -1;
+            update();
+        }
+    });
+
     options_ = new QMenu(this);
     connect(options_->addAction("&Reset"), &QAction::triggered, this, [this] {
         CurveReset(curve_);
@@ -185,6 +208,78 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
     setGeometry(x, y, width, height);
     LayoutTools();
     SyncTools();
+}
+
+CurveControl::~CurveControl() { EndProbe(this); }
+
+void CurveControl::SetProbeChannel(int32_t channel)
+{
+    probeChannel_ = channel;
+    probeLevel_ = -1;
+    if (channel == 0) probeButton_->setChecked(false);
+    probeButton_->setEnabled(channel != 0);
+    update();
+}
+
+void CurveControl::ReadProbe()
+{
+    int32_t r = 0, g = 0, b = 0;
+    if (!ProbeRead(probeSize_, r, g, b)) return;  // nothing read: the marker stays
+    if (probeChannel_ == 5) {
+        probeRgb_[0] = r;
+        probeRgb_[1] = g;
+        probeRgb_[2] = b;
+        probeLevel_ = r;
+    } else {
+        probeLevel_ = ProbeChannelLevel(probeChannel_, r, g, b);
+    }
+    update();
+}
+
+bool CurveControl::event(QEvent* event)
+{
+    if (event->type() != ControlEvent::EventType()) return QWidget::event(event);
+    switch (static_cast<ControlEvent*>(event)->message) {
+    case kMsgProbeRead:
+    case kMsgProbeMove: ReadProbe(); break;
+    case kMsgProbeEnd:
+        probeLevel_ = -1;
+        update();
+        break;
+    case kMsgProbeLost:
+        // Another probe or tool took over: the button comes up by itself.
+        probeButton_->blockSignals(true);
+        probeButton_->setChecked(false);
+        probeButton_->blockSignals(false);
+        probeLevel_ = -1;
+        update();
+        break;
+    default: break;
+    }
+    return true;
+}
+
+// The probe's marker: a line at the level on the input axis, three for red,
+// green and blue, in XOR so that the curve under it stays readable.
+void CurveControl::PaintProbe(QPainter& painter, int32_t top, int32_t bottom)
+{
+    if (probeLevel_ < 0) return;
+    painter.save();
+    painter.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
+    const auto line = [&](int32_t level, QColor colour) {
+        painter.setPen(colour);
+        const int32_t x = LevelToPixel(std::clamp(level, 0, 255), 0).x();
+        painter.drawLine(x, top, x, bottom);
+    };
+    // On the gray background these pens come out red, green and blue.
+    if (probeChannel_ == 5) {
+        line(probeRgb_[0], QColor(0x00, 0x80, 0x80));
+        line(probeRgb_[1], QColor(0x80, 0x00, 0x80));
+        line(probeRgb_[2], QColor(0x80, 0x80, 0x00));
+    } else {
+        line(probeLevel_, QColor(0x00, 0x80, 0x80));
+    }
+    painter.restore();
 }
 
 void CurveControl::GetCurveTable(uint8_t table[256]) const { std::memcpy(table, table_, 256); }
@@ -314,6 +409,8 @@ void CurveControl::LayoutTools()
     for (QAbstractButton* button : viewGroup_->buttons()) place(button);
     x += 4;
     for (QAbstractButton* button : styleGroup_->buttons()) place(button);
+    x += 4;
+    place(probeButton_);
 }
 
 void CurveControl::SyncTools()
@@ -600,6 +697,8 @@ void CurveControl::PaintCurveView(QPainter& painter)
     painter.drawPolyline(line);
     painter.restore();
 
+    PaintProbe(painter, plot.top(), plot.bottom());
+
     painter.setPen(Qt::black);
     painter.setBrush(Qt::white);
     for (int32_t i = 0; i < curve_.count; ++i) {
@@ -619,6 +718,7 @@ void CurveControl::PaintHistogramView(QPainter& painter)
     const QRect input(plot.left(), lower, plot.width(), plot.bottom() - lower + 1);
     DrawHistogram(painter, histograms_.output, histograms_.outputPeak, output, false);
     DrawHistogram(painter, histograms_.input, histograms_.inputPeak, input, false);
+    PaintProbe(painter, lower, plot.bottom());
 
     // The channel's scale between the two: a gray ramp.
     const int32_t barTop = upper + kMiddleBand / 2 - 4;

@@ -1,8 +1,10 @@
 // The Curve control: edits a tone curve with the mouse on a grid over the
-// image's histogram, with a small tool row for the view, the curve style and
-// an Options menu (reset, invert, load and save ".crv" files, histogram
-// scale, probe size). It sends 1024 with its identifier to its parent after
-// every change of the curve.
+// image's histogram, with a small tool row for the view, the curve style,
+// the Probe and an Options menu (reset, invert, load and save ".crv" files,
+// histogram scale, probe size). It sends 1024 with its identifier to its
+// parent after every change of the curve. While its Probe is down, a press
+// or drag on an image window marks the level under the pointer on the
+// curve's input axis.
 #pragma once
 
 #include <QWidget>
@@ -26,6 +28,7 @@ public:
     CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, QWidget* parent,
                  int32_t controlId, int32_t histogramMode, const HistogramRecord* r,
                  const HistogramRecord* g, const HistogramRecord* b);
+    ~CurveControl() override;
 
     void GetCurveTable(uint8_t table[256]) const;
     const Curve& curve() const { return curve_; }
@@ -43,6 +46,17 @@ public:
     bool linearHistogram() const { return linearHistogram_; }
     int32_t probeSize() const { return probeSize_; }
 
+    // What the probe reads, by the channel codes of `ProbeChannelLevel` (5:
+    // red, green and blue together). 0 turns the probe off: it ends, and
+    // the Probe button is released and greyed.
+    void SetProbeChannel(int32_t channel);
+    int32_t probeChannel() const { return probeChannel_; }
+    // The level the probe marks, or -1 when it shows nothing; with channel
+    // 5, `probeLevels` holds red, green and blue.
+    int32_t probeLevel() const { return probeLevel_; }
+    const int32_t* probeLevels() const { return probeRgb_; }
+    QToolButton* probeButton() const { return probeButton_; }
+
     // What "Load..." and "Save As..." do once a name is chosen. Loading an
     // illegal file reports 16 and resets the curve; both return the code.
     int32_t LoadCurveFile(const QString& path);
@@ -58,6 +72,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     enum Drag : int32_t { kNone = 0, kFree = 1, kRailY = 2, kRailX = 3, kHistX = 4, kHistY = 5 };
@@ -83,6 +98,8 @@ private:
     void ShowOptions();
     void Load();
     void Save();
+    void ReadProbe();
+    void PaintProbe(QPainter& painter, int32_t top, int32_t bottom);
 
     int32_t controlId_;
     Curve curve_;
@@ -94,11 +111,15 @@ private:
     bool moved_ = false;
     bool linearHistogram_ = true;
     int32_t probeSize_ = 1;
+    int32_t probeChannel_ = 0;
+    int32_t probeLevel_ = -1;
+    int32_t probeRgb_[3] = {-1, -1, -1};
 
     int32_t toolHeight_ = 0;
     QButtonGroup* viewGroup_ = nullptr;
     QButtonGroup* styleGroup_ = nullptr;
     QToolButton* optionsButton_ = nullptr;
+    QToolButton* probeButton_ = nullptr;
     QMenu* options_ = nullptr;
     QAction* linearAction_ = nullptr;
     QAction* logAction_ = nullptr;
