@@ -9,7 +9,9 @@
 #include "shell/errors.h"
 #include "support/scripted_frontend.h"
 #include "synthesis/test_card.h"
+#include "tone/brightness_curve.h"
 #include "transform/point_worker.h"
+#include "transform/registry.h"
 
 namespace lv {
 namespace {
@@ -94,6 +96,53 @@ protected:
         bool closed = false;
         panel_command(frame_, button, closed);
         return closed;
+    }
+
+    // Starts the frame again on `module` with a fresh test card of `kind`.
+    void UseModule(const TransformModule& module, int32_t kind)
+    {
+        ImageFree(input_->image);
+        ASSERT_EQ(MakeTestCard(input_->image, kind, 300, 200), 0);
+        frame_.module = &module;
+        frame_.params = module.create();
+        FrameStart(frame_);
+        AmountClearMask(frame_.params->amount);
+    }
+
+    // Applies, then previews at 1:1 and 1:3 and compares sampled pixels, and
+    // a strip scrolled into view, with the result.
+    void ExpectPreviewMatchesResult(int32_t channels)
+    {
+        Press(kButtonApply);
+        ASSERT_EQ(host_.results.size(), 1u);
+        const Image& full = host_.results[0]->image;
+        for (int32_t zoom : {1, -3}) {
+            Press(kButtonPreview);
+            ImageWindow& p = *frame_.preview;
+            p.zoom = zoom;
+            const int32_t m = zoom < 0 ? -zoom : 1;
+            p.viewWidth = (300 + m - 1) / m;
+            p.viewHeight = (200 + m - 1) / m;
+            frame_.previewStale = true;
+            ImageFree(p.display);
+            Press(kButtonPreview);
+            for (int32_t r = 0; r < p.viewHeight; r += 7)
+                for (int32_t c = 0; c < p.viewWidth; c += 5)
+                    for (int32_t k = 0; k < channels; ++k) {
+                        // Display row r shows image row r * m from the bottom.
+                        ASSERT_EQ(p.display.rows[r][c * channels + k],
+                                  full.rows[r * m][c * m * channels + k])
+                            << "zoom " << zoom << " at " << c << "," << r;
+                    }
+        }
+        // A strip scrolled into view computes only its rectangle.
+        ImageWindow& p = *frame_.preview;
+        std::memset(p.display.rows[5], 0, static_cast<size_t>(p.display.stride));
+        frame_.previewStale = true;
+        const FrameRect strip{0, 5, p.viewWidth - 1, 5};
+        run_transform(frame_, false, &strip);
+        for (int32_t k = 0; k < channels; ++k)
+            EXPECT_EQ(p.display.rows[5][4 * channels + k], full.rows[15][12 * channels + k]);
     }
 
     ImageWindow* input_ = nullptr;
@@ -185,35 +234,28 @@ TEST_F(FrameTest, PreviewAgreesWithTheResultAtEachZoom)
 {
     AmountClearMask(frame_.params->amount);
     frame_.params->amount.amount = 512;
-    Press(kButtonApply);
-    ASSERT_EQ(host_.results.size(), 1u);
-    const Image& full = host_.results[0]->image;
+    ExpectPreviewMatchesResult(1);
+}
 
-    for (int32_t zoom : {1, -3}) {
-        Press(kButtonPreview);
-        ImageWindow& p = *frame_.preview;
-        p.zoom = zoom;
-        const int32_t m = zoom < 0 ? -zoom : 1;
-        p.viewWidth = (300 + m - 1) / m;
-        p.viewHeight = (200 + m - 1) / m;
-        frame_.previewStale = true;
-        ImageFree(p.display);
-        Press(kButtonPreview);
-        for (int32_t r = 0; r < p.viewHeight; r += 7)
-            for (int32_t c = 0; c < p.viewWidth; c += 5) {
-                // Display row r shows image row r * m from the bottom.
-                ASSERT_EQ(p.display.rows[r][c], full.rows[r * m][c * m])
-                    << "zoom " << zoom << " at " << c << "," << r;
-            }
-    }
+// The tone modules on a colour picture, through the same frame.
+TEST_F(FrameTest, BrightnessCurvePreviewAgreesWithItsResult)
+{
+    const TransformModule* module = FindTransform("brightness-curve");
+    ASSERT_NE(module, nullptr);
+    UseModule(*module, kImageColor);
+    auto& params = static_cast<BrightnessCurveParams&>(*frame_.params);
+    for (int32_t i = 0; i < 256; ++i)  // a steep contrast curve
+        params.table[i] = static_cast<uint8_t>(Clamp8(2 * i - 128));
+    params.amount.amount = 800;
+    ExpectPreviewMatchesResult(3);
+}
 
-    // A strip scrolled into view computes only its rectangle.
-    ImageWindow& p = *frame_.preview;
-    std::memset(p.display.rows[5], 0, static_cast<size_t>(p.display.stride));
-    frame_.previewStale = true;
-    const FrameRect strip{0, 5, p.viewWidth - 1, 5};
-    run_transform(frame_, false, &strip);
-    EXPECT_EQ(p.display.rows[5][4], full.rows[15][12]);
+TEST_F(FrameTest, EqualizePreviewAgreesWithItsResult)
+{
+    const TransformModule* module = FindTransform("equalize");
+    ASSERT_NE(module, nullptr);
+    UseModule(*module, kImageColor);
+    ExpectPreviewMatchesResult(3);
 }
 
 TEST_F(FrameTest, TheInputChangingRemakesThePreviewForTheNewSize)
