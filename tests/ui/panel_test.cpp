@@ -92,6 +92,27 @@ private:
         frame_->grab().save(folder + "/" + name + ".png");
     }
 
+    static CurveControl* CurveOf(TransformPanel* panel)
+    {
+        for (QWidget* child : panel->findChildren<QWidget*>())
+            if (auto* curve = dynamic_cast<CurveControl*>(child)) return curve;
+        return nullptr;
+    }
+
+    // Presses on the curve at level (x, y), drags up or down to (x, toY)
+    // and lets go, as a hand on the mouse would.
+    static void DragCurve(CurveControl* curve, int32_t x, int32_t y, int32_t toY)
+    {
+        for (QEvent::Type type :
+             {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
+            const QPoint at = curve->LevelToPixel(x, type == QEvent::MouseButtonPress ? y : toY);
+            QMouseEvent event(type, QPointF(at), curve->mapToGlobal(QPointF(at)), Qt::LeftButton,
+                              type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                              Qt::NoModifier);
+            QCoreApplication::sendEvent(curve, &event);
+        }
+    }
+
 private slots:
     void initTestCase() { fx_.StartEngine(); }
 
@@ -264,9 +285,7 @@ private slots:
         TransformPanel* panel = TransformPanel::Current();
         QVERIFY(panel);
         QCOMPARE(panel->windowTitle(), QStringLiteral("Brightness Curve"));
-        CurveControl* curve = nullptr;
-        for (QWidget* child : panel->findChildren<QWidget*>())
-            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        CurveControl* curve = CurveOf(panel);
         QVERIFY(curve);
         // The command line's curve file has no row; the colour space has.
         QVERIFY(!panel->paramControl(0));
@@ -276,16 +295,7 @@ private slots:
 
         // A point dragged from the diagonal up: the table reaches the
         // parameters at the release, through the control's row.
-        auto mouse = [curve](QEvent::Type type, QPoint at) {
-            const Qt::MouseButtons held =
-                type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
-            QMouseEvent event(type, QPointF(at), curve->mapToGlobal(QPointF(at)), Qt::LeftButton,
-                              held, Qt::NoModifier);
-            QCoreApplication::sendEvent(curve, &event);
-        };
-        mouse(QEvent::MouseButtonPress, curve->LevelToPixel(64, 64));
-        mouse(QEvent::MouseMove, curve->LevelToPixel(64, 128));
-        mouse(QEvent::MouseButtonRelease, curve->LevelToPixel(64, 128));
+        DragCurve(curve, 64, 64, 128);
         auto& params = static_cast<BrightnessCurveParams&>(*panel->state().params);
         QVERIFY(std::abs(params.table[64] - 128) <= 2);
         QVERIFY(params.table[200] > 200 && params.table[255] == 255);
@@ -330,9 +340,7 @@ private slots:
         QVERIFY(frame_->Dispatch(4050));
         TransformPanel* panel = TransformPanel::Current();
         QVERIFY(panel);
-        CurveControl* curve = nullptr;
-        for (QWidget* child : panel->findChildren<QWidget*>())
-            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        CurveControl* curve = CurveOf(panel);
         QVERIFY(curve);
         QCOMPARE(curve->probeChannel(), 1);  // colour in HSV: the value
         QVERIFY(curve->probeButton()->isEnabled());
@@ -407,23 +415,11 @@ private slots:
         QVERIFY(frame_->Dispatch(4050));
         TransformPanel* panel = TransformPanel::Current();
         QVERIFY(panel);
-        CurveControl* curve = nullptr;
-        for (QWidget* child : panel->findChildren<QWidget*>())
-            if (!curve) curve = dynamic_cast<CurveControl*>(child);
+        CurveControl* curve = CurveOf(panel);
         QVERIFY(curve);
         // A gentle S: shadows down, highlights up.
-        for (const auto& [from, to] : {std::pair{64, 48}, std::pair{192, 212}}) {
-            for (QEvent::Type type :
-                 {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
-                const QPoint at =
-                    curve->LevelToPixel(from, type == QEvent::MouseButtonPress ? from : to);
-                QMouseEvent event(
-                    type, QPointF(at), curve->mapToGlobal(QPointF(at)), Qt::LeftButton,
-                    type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
-                    Qt::NoModifier);
-                QCoreApplication::sendEvent(curve, &event);
-            }
-        }
+        DragCurve(curve, 64, 64, 48);
+        DragCurve(curve, 192, 192, 212);
         QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
         QVERIFY(panel->state().preview);
         Screenshot(QStringLiteral("brightness-curve-photo"));
