@@ -11,9 +11,6 @@
 // The writer makes an uncompressed bottom-up file with a 40-byte header.
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <stdexcept>
-#include <vector>
 
 #include "files/codec_io.h"
 #include "files/library.h"
@@ -42,8 +39,6 @@ enum BmpCompression : uint32_t {
 constexpr uint32_t kProfileEmbedded = 0x4D424544;  // "MBED"
 constexpr uint32_t kProfileLinked = 0x4C494E4B;    // "LINK"
 
-// The codec's result for a callback's refusal: the abort passes through,
-// anything else is a plain failure.
 // Bytes of a stored row: whole 32-bit words.
 int64_t StoredRowBytes(int64_t width, int32_t bitCount) { return (width * bitCount + 31) / 32 * 4; }
 
@@ -94,6 +89,12 @@ struct BmpInfo {
     uint8_t table[256][4] = {};  // blue, green, red, spare
 };
 
+// The reason for a header whose picture the file cannot hold.
+std::string ClaimedSize(const BmpInfo& info)
+{
+    return FormatText("header claims %d x %d pixels", info.width, info.height);
+}
+
 // How the rows go out.
 enum class RowForm { Bits, Indices, Colour };
 
@@ -132,7 +133,7 @@ bool ParseBitmapHeader(const uint8_t* fields, int64_t headerSize, BmpInfo& info)
     } else {
         info.width = static_cast<int32_t>(Get32(fields + 4));
         int32_t height = static_cast<int32_t>(Get32(fields + 8));
-        if (height == INT32_MIN) return false;
+        if (height == INT32_MIN) return Reject("header claims a height of -2147483648 pixels");
         info.topDown = height < 0;
         info.height = height < 0 ? -height : height;
         info.bitCount = Get16(fields + 14);
@@ -142,9 +143,10 @@ bool ParseBitmapHeader(const uint8_t* fields, int64_t headerSize, BmpInfo& info)
         info.colorsUsed = Get32(fields + 32);
     }
     const int32_t bits = info.bitCount;
-    if (info.width <= 0 || info.height <= 0) return false;
-    return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16 || bits == 24 ||
-           bits == 32;
+    if (info.width <= 0 || info.height <= 0) return Reject(ClaimedSize(info));
+    if (bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32)
+        return true;
+    return Reject(FormatText("unsupported depth of %d bits", bits));
 }
 
 // The masks of 16 and 32-bit pixels: the defaults (5-5-5 and 8-8-8), or with
@@ -160,7 +162,7 @@ bool TakeMasks(const uint8_t* bytes, int64_t count, const uint8_t* fields, int64
         for (int32_t i = 0; i < 3; ++i) info.masks[i] = Get32(fields + 40 + 4 * i);
     } else if (bitFields) {
         int64_t maskBytes = info.compression == kBmpAlphaBitFields ? 16 : 12;
-        if (info.tableStart + maskBytes > count) return false;
+        if (info.tableStart + maskBytes > count) return Reject("truncated bit-field masks");
         for (int32_t i = 0; i < 3; ++i) info.masks[i] = Get32(bytes + info.tableStart + 4 * i);
         info.tableStart += maskBytes;
     } else if (info.bitCount == 16) {
@@ -178,13 +180,13 @@ bool TakeMasks(const uint8_t* bytes, int64_t count, const uint8_t* fields, int64
 // Reads the file header, the bitmap header and any masks after it.
 bool ReadHeaders(File& file, BmpInfo& info)
 {
-    if (FileSize(file, info.fileSize) != kOk) return false;
+    if (FileSize(file, info.fileSize) != kOk) return Reject(SystemReason("cannot size the file"));
     uint8_t bytes[kFileHeaderSize + kLargestHeaderSize + 16] = {};
     int64_t count = std::min<int64_t>(sizeof bytes, info.fileSize);
-    if (count < kFileHeaderSize + kCoreHeaderSize || FileSeek(file, 0) != kOk) return false;
-    int64_t got = count;
-    if (FileRead(file, got, bytes) != kOk || got != count) return false;
-    if (bytes[0] != 'B' || bytes[1] != 'M') return false;
+    if (count < 2) return Reject("not a BMP file");
+    if (!ReadAt(file, 0, count, bytes, "truncated header")) return false;
+    if (bytes[0] != 'B' || bytes[1] != 'M') return Reject("not a BMP file");
+    if (count < kFileHeaderSize + kCoreHeaderSize) return Reject("truncated header");
     info.dataOffset = Get32(bytes + 10);
 
     // Windows headers have 40, 52, 56, 108 or 124 bytes; OS/2 ones 12, or 16
@@ -193,12 +195,15 @@ bool ReadHeaders(File& file, BmpInfo& info)
     bool windows = headerSize == 40 || headerSize == 52 || headerSize == 56 || headerSize == 108 ||
                    headerSize == kLargestHeaderSize;
     bool os2 = headerSize == kCoreHeaderSize || (headerSize >= 16 && headerSize <= 64 && !windows);
-    if ((!windows && !os2) || kFileHeaderSize + headerSize > info.fileSize) return false;
+    if (!windows && !os2) return Reject(FormatText("unknown header size of %d bytes", headerSize));
+    if (kFileHeaderSize + headerSize > info.fileSize) return Reject("truncated header");
     uint8_t fields[kLargestHeaderSize] = {};
     std::memcpy(fields, bytes + kFileHeaderSize, static_cast<size_t>(headerSize));
     if (!ParseBitmapHeader(fields, headerSize, info)) return false;
     // OS/2 2.x numbers its compressions 3 and 4 differently (Huffman, RLE24).
-    if ((os2 && info.compression > kBmpRle4) || !ValidCompression(info)) return false;
+    if ((os2 && info.compression > kBmpRle4) || !ValidCompression(info))
+        return Reject(FormatText("unsupported compression %d with %d bits",
+                                 static_cast<int64_t>(info.compression), info.bitCount));
 
     info.tableStart = kFileHeaderSize + headerSize;
     if (!TakeMasks(bytes, count, fields, headerSize, info)) return false;
@@ -209,7 +214,9 @@ bool ReadHeaders(File& file, BmpInfo& info)
             info.profileEnd = info.profileStart + static_cast<int64_t>(Get32(fields + 116));
         }
     }
-    return info.dataOffset >= info.tableStart && info.dataOffset < info.fileSize;
+    if (info.dataOffset < info.tableStart || info.dataOffset >= info.fileSize)
+        return Reject("pixel data offset outside the file");
+    return true;
 }
 
 // Reads the colour table of a picture of 8 bits or fewer. The entries a
@@ -221,7 +228,7 @@ bool ReadColourTable(File& file, BmpInfo& info)
     const int64_t entrySize = info.core ? 3 : 4;
     const int64_t entries = int64_t{1} << info.bitCount;
     const int64_t room = (info.dataOffset - info.tableStart) / entrySize;
-    if (info.colorsUsed > room) return false;
+    if (info.colorsUsed > room) return Reject("colour table overlaps the pixels");
     int64_t count = info.colorsUsed != 0 ? info.colorsUsed : entries;
     count = std::min({count, room, entries});
 
@@ -234,9 +241,8 @@ bool ReadColourTable(File& file, BmpInfo& info)
         return true;
     }
     uint8_t stored[256 * 4];
-    int64_t size = count * entrySize;
-    if (FileSeek(file, info.tableStart) != kOk) return false;
-    if (FileRead(file, size, stored) != kOk || size != count * entrySize) return false;
+    if (!ReadAt(file, info.tableStart, count * entrySize, stored, "truncated colour table"))
+        return false;
     for (int64_t i = 0; i < count; ++i) std::memcpy(info.table[i], stored + i * entrySize, 3);
     info.tableCount = static_cast<int32_t>(count);
     return true;
@@ -252,15 +258,17 @@ bool CheckDataSize(const BmpInfo& info)
     const int64_t dataBytes = info.fileSize - info.dataOffset;
     const int64_t pixels = int64_t{info.width} * info.height;
     if (info.compression == kBmpRle8 || info.compression == kBmpRle4) {
-        return pixels <= dataBytes * 128;
+        return pixels <= dataBytes * 128 || Reject(ClaimedSize(info));
     }
     const int64_t rowBytes = StoredRowBytes(info.width, info.bitCount);
-    if (rowBytes > dataBytes / info.height) return false;
+    if (rowBytes > dataBytes / info.height) return Reject(ClaimedSize(info));
     int64_t end = info.dataOffset + rowBytes * info.height;
     if (info.profileEnd > 0 && info.profileStart >= end && info.profileEnd <= info.fileSize) {
         end = info.profileEnd;
     }
-    return info.fileSize - end < std::max<int64_t>(rowBytes, 16);
+    if (info.fileSize - end >= std::max<int64_t>(rowBytes, 16))
+        return Reject("file holds more than its header describes");
+    return true;
 }
 
 // Settles how the rows go out and fills in the program's header.
@@ -294,22 +302,18 @@ bool PlanRows(const BmpInfo& info, BmpRows& rows, LibraryHeader& header)
     switch (rows.form) {
     case RowForm::Bits:
         header.bitsPerPixel = 1;
-        rows.outBytes = (int64_t{info.width} + 7) / 8;
         std::memset(header.palette[1], 255, 3);
         header.colorsUsed = 2;
         break;
     case RowForm::Indices:
         header.bitsPerPixel = 8;
-        rows.outBytes = info.width;
         std::memcpy(header.palette, info.table, sizeof info.table);
         header.colorsUsed = info.tableCount;
         break;
-    case RowForm::Colour:
-        header.bitsPerPixel = 24;
-        rows.outBytes = int64_t{info.width} * 3;
-        break;
+    case RowForm::Colour: header.bitsPerPixel = 24; break;
     }
-    if (rows.outBytes > INT32_MAX) return false;
+    rows.outBytes = RowBytes(info.width, header.bitsPerPixel);
+    if (rows.outBytes > INT32_MAX) return Reject(ClaimedSize(info));
     int64_t imageSize = rows.outBytes * info.height;
     header.imageSize = imageSize <= INT32_MAX ? static_cast<int32_t>(imageSize) : 0;
     return true;
@@ -358,20 +362,19 @@ void ConvertRow(const BmpInfo& info, const BmpRows& rows, const uint8_t* in, uin
 int32_t DeliverStoredRows(File& file, const BmpInfo& info, const BmpRows& rows,
                           const LibraryReader& reader)
 {
-    std::vector<uint8_t> stored, out;
+    ByteBuffer stored, out;
     if (!Allocate(stored, rows.storedBytes) || !Allocate(out, rows.outBytes)) {
         return kLibraryFailed;
     }
     for (int32_t r = 0; r < info.height; ++r) {
         int64_t fileRow = info.topDown ? r : info.height - 1 - r;
-        int64_t count = rows.storedBytes;
-        if (FileSeek(file, info.dataOffset + fileRow * rows.storedBytes) != kOk ||
-            FileRead(file, count, stored.data()) != kOk || count != rows.storedBytes) {
+        if (!ReadAt(file, info.dataOffset + fileRow * rows.storedBytes, rows.storedBytes,
+                    stored.get(), "truncated pixel data")) {
             return kLibraryFailed;
         }
-        ConvertRow(info, rows, stored.data(), out.data());
+        ConvertRow(info, rows, stored.get(), out.get());
         int32_t result =
-            reader.row(out.data(), reader.context, r, static_cast<int32_t>(rows.outBytes));
+            reader.row(out.get(), reader.context, r, static_cast<int32_t>(rows.outBytes));
         if (result != 0) return Stopped(result);
     }
     return 0;
@@ -382,11 +385,13 @@ int32_t DeliverStoredRows(File& file, const BmpInfo& info, const BmpRows& rows,
 // Decodes RLE4 or RLE8 data into `pixels`, one index a byte, bottom row
 // first. Runs and absolute stretches that pass the end of a row are clipped,
 // as is a delta that leaves the picture; pixels never reached keep index 0.
-// False when the data ends before the picture or its end-of-bitmap mark.
-bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pixels)
+// False, with the reason, when the data ends before the picture or its
+// end-of-bitmap mark.
+bool DecodeRunLengths(File& file, const BmpInfo& info, ByteBuffer& pixels)
 {
     ByteSource in;
     if (!ByteSourceStart(in, file, info.dataOffset, info.fileSize)) return false;
+    const char* const kTruncated = "truncated run-length data";
 
     const bool nibbles = info.compression == kBmpRle4;
     const int64_t width = info.width;
@@ -399,7 +404,7 @@ bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pix
     };
     while (y < height) {
         uint8_t count, value;
-        if (!NextByte(in, count) || !NextByte(in, value)) return false;
+        if (!NextByte(in, count) || !NextByte(in, value)) return Reject(kTruncated);
         if (count > 0) {
             // A run: RLE8 repeats the byte, RLE4 alternates its two nibbles.
             for (int32_t i = 0; i < count && x < width; ++i) {
@@ -415,7 +420,7 @@ bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pix
         case 1: return true;  // end of bitmap
         case 2: {             // delta: move right and up
             uint8_t dx, dy;
-            if (!NextByte(in, dx) || !NextByte(in, dy)) return false;
+            if (!NextByte(in, dx) || !NextByte(in, dy)) return Reject(kTruncated);
             x += dx;
             y += dy;
             break;
@@ -424,7 +429,7 @@ bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pix
             int32_t bytes = nibbles ? (value + 1) / 2 : value;
             for (int32_t i = 0; i < bytes; ++i) {
                 uint8_t byte;
-                if (!NextByte(in, byte)) return false;
+                if (!NextByte(in, byte)) return Reject(kTruncated);
                 if (!nibbles) {
                     put(byte);
                     continue;
@@ -433,7 +438,7 @@ bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pix
                 if (2 * i + 1 < value) put(static_cast<uint8_t>(byte & 15));
             }
             uint8_t pad;
-            if (bytes % 2 != 0 && !NextByte(in, pad)) return false;
+            if (bytes % 2 != 0 && !NextByte(in, pad)) return Reject(kTruncated);
             break;
         }
         }
@@ -443,11 +448,11 @@ bool DecodeRunLengths(File& file, const BmpInfo& info, std::vector<uint8_t>& pix
 
 int32_t DeliverRunLengthRows(File& file, const BmpInfo& info, const LibraryReader& reader)
 {
-    std::vector<uint8_t> pixels;
+    ByteBuffer pixels;
     if (!Allocate(pixels, int64_t{info.width} * info.height)) return kLibraryFailed;
     if (!DecodeRunLengths(file, info, pixels)) return kLibraryFailed;
     for (int32_t r = 0; r < info.height; ++r) {
-        const uint8_t* row = pixels.data() + int64_t{info.height - 1 - r} * info.width;
+        const uint8_t* row = pixels.get() + int64_t{info.height - 1 - r} * info.width;
         int32_t result = reader.row(row, reader.context, r, info.width);
         if (result != 0) return Stopped(result);
     }
@@ -487,27 +492,25 @@ int32_t BmpRead(File& file, const LibraryReader& reader)
 int32_t BmpWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header)) return refused;
     const int32_t bits = header.bitsPerPixel;
-    if ((bits != 1 && bits != 8 && bits != 24) || header.width <= 0 || header.height <= 0) {
-        return kLibraryFailed;
-    }
     const int64_t width = header.width;
     const int64_t height = header.height;
     const int64_t rowBytes = StoredRowBytes(width, bits);
-    const int64_t givenBytes = bits == 1 ? (width + 7) / 8 : width * bits / 8;
+    const int64_t givenBytes = RowBytes(width, bits);
     const int32_t colours = bits == 1 ? 2 : (bits == 8 ? 256 : 0);
     const int64_t dataOffset = kFileHeaderSize + kInfoHeaderSize + 4 * colours;
     const int64_t fileSize = dataOffset + rowBytes * height;
-    if (fileSize > UINT32_MAX) return kLibraryFailed;
+    if (fileSize > UINT32_MAX) return Refuse("picture too large for a BMP file");
 
     // The file header, the 40-byte header and the colour table. A 1-bit
     // picture gets black and white, so that a set bit shows white.
-    std::vector<uint8_t> head(static_cast<size_t>(dataOffset), 0);
+    uint8_t head[kFileHeaderSize + kInfoHeaderSize + 4 * 256] = {};
     head[0] = 'B';
     head[1] = 'M';
-    Put32(&head[2], static_cast<uint32_t>(fileSize));
-    Put32(&head[10], static_cast<uint32_t>(dataOffset));
-    uint8_t* info = &head[kFileHeaderSize];
+    Put32(head + 2, static_cast<uint32_t>(fileSize));
+    Put32(head + 10, static_cast<uint32_t>(dataOffset));
+    uint8_t* info = head + kFileHeaderSize;
     Put32(info, kInfoHeaderSize);
     Put32(info + 4, static_cast<uint32_t>(width));
     Put32(info + 8, static_cast<uint32_t>(height));
@@ -524,23 +527,21 @@ int32_t BmpWrite(File& file, const LibraryWriter& writer)
     } else if (bits == 8) {
         for (int32_t i = 0; i < 256; ++i) std::memcpy(table + 4 * i, header.palette[i], 3);
     }
-    if (FileSeek(file, 0) != kOk || FileWrite(file, dataOffset, head.data()) != kOk) {
-        return kLibraryFailed;
-    }
+    if (!SeekTo(file, 0) || !WriteAll(file, dataOffset, head)) return kLibraryFailed;
 
     // Rows come from the top and are stored from the bottom.
-    std::vector<uint8_t> row;
+    ByteBuffer row;
     if (!Allocate(row, rowBytes)) return kLibraryFailed;
     for (int64_t r = 0; r < height; ++r) {
-        std::fill(row.begin(), row.end(), 0);
-        int32_t result = writer.row(writer.context, row.data(), static_cast<int32_t>(r));
+        row.Clear();
+        int32_t result = writer.row(writer.context, row.get(), static_cast<int32_t>(r));
         if (result != 0) return Stopped(result);
-        std::fill(row.begin() + givenBytes, row.end(), 0);
+        std::memset(row.get() + givenBytes, 0, static_cast<size_t>(rowBytes - givenBytes));
         if (bits == 1 && width % 8 != 0) {
             row[static_cast<size_t>(givenBytes - 1)] &= static_cast<uint8_t>(0xFF00 >> width % 8);
         }
-        if (FileSeek(file, dataOffset + (height - 1 - r) * rowBytes) != kOk ||
-            FileWrite(file, rowBytes, row.data()) != kOk) {
+        if (!SeekTo(file, dataOffset + (height - 1 - r) * rowBytes) ||
+            !WriteAll(file, rowBytes, row.get())) {
             return kLibraryFailed;
         }
     }

@@ -7,10 +7,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
-#include <new>
-#include <stdexcept>
 #include <utility>
-#include <vector>
 
 #include "files/codec_io.h"
 #include "files/library.h"
@@ -29,7 +26,7 @@ constexpr char kHexDigits[] = "0123456789ABCDEF";
 
 bool WriteText(File& file, const char* text)
 {
-    return FileWrite(file, static_cast<int64_t>(std::strlen(text)), text) == kOk;
+    return WriteAll(file, static_cast<int64_t>(std::strlen(text)), text);
 }
 
 // A length of `pixels` at `perMetre` pixels per metre (72 dots per inch when
@@ -108,31 +105,29 @@ bool WriteProlog(File& file, const LibraryHeader& header)
 int32_t EpsWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header)) return refused;
     const int32_t bits = header.bitsPerPixel;
-    if ((bits != 1 && bits != 8 && bits != 24) || header.width <= 0 || header.height <= 0) {
-        return kLibraryFailed;
-    }
-    const int64_t rowBytes =
-        bits == 1 ? (int64_t{header.width} + 7) / 8 : int64_t{header.width} * bits / 8;
-    if (FileSeek(file, 0) != kOk || !WriteProlog(file, header)) return kLibraryFailed;
+    const int64_t rowBytes = RowBytes(header.width, bits);
+    if (!SeekTo(file, 0) || !WriteProlog(file, header)) return kLibraryFailed;
 
     // The samples as hexadecimal text, 64 digits a line, running on from row
     // to row; ">" ends them.
-    std::vector<uint8_t> row, text;
+    ByteBuffer row, text;
     if (!Allocate(row, rowBytes) || !Allocate(text, 2 * rowBytes + rowBytes / 32 + 2)) {
         return kLibraryFailed;
     }
     int32_t column = 0;
     for (int32_t r = 0; r < header.height; ++r) {
-        std::fill(row.begin(), row.end(), 0);
-        int32_t result = writer.row(writer.context, row.data(), r);
+        row.Clear();
+        int32_t result = writer.row(writer.context, row.get(), r);
         if (result != 0) return Stopped(result);
         if (bits == 24) {
             // PostScript takes red, green, blue.
             for (int64_t i = 0; i + 2 < rowBytes; i += 3) std::swap(row[i], row[i + 2]);
         }
         int64_t length = 0;
-        for (uint8_t byte : row) {
+        for (size_t i = 0; i < row.size; ++i) {
+            const uint8_t byte = row[i];
             text[length++] = static_cast<uint8_t>(kHexDigits[byte >> 4]);
             text[length++] = static_cast<uint8_t>(kHexDigits[byte & 15]);
             column += 2;
@@ -141,7 +136,7 @@ int32_t EpsWrite(File& file, const LibraryWriter& writer)
                 column = 0;
             }
         }
-        if (FileWrite(file, length, text.data()) != kOk) return kLibraryFailed;
+        if (!WriteAll(file, length, text.get())) return kLibraryFailed;
     }
     if (!WriteText(file, column == 0 ? ">\n" : "\n>\n")) return kLibraryFailed;
     if (!WriteText(file, "grestore\nshowpage\n%%Trailer\n%%EOF\n")) return kLibraryFailed;

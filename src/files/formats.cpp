@@ -1,10 +1,14 @@
 #include "files/formats.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <string>
 
+#include "files/codec_io.h"
 #include "files/jpeg.h"
 #include "files/library.h"
+#include "image/memory.h"
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
@@ -14,6 +18,9 @@
 namespace lv {
 
 namespace {
+
+using codec::Refuse;
+using codec::RowBytes;
 
 const std::vector<FileTypeInfo> kFileTypes = {
     {kTypeAll, "All Files", "*.tif;*.tiff;*.jpg;*.jpeg;*.bmp;*.tga;*.pcx;*.gif;*.pcd;*.png;*.fpx",
@@ -93,10 +100,21 @@ bool ResolutionInInches(int32_t format)
     }
 }
 
+// Why an image of that kind and width could not be made: its rows would not
+// fit in a block, or memory is short.
+std::string AllocationReason(int32_t kind, int32_t width)
+{
+    const int32_t bits = kind == kImageBinary ? 1 : (kind == kImageGray ? 8 : 24);
+    if (ImageRowBytes64(RowBytes(width, bits)) > kBlockBytes)
+        return FormatText("rows of %d pixels are too wide", width);
+    return "out of memory";
+}
+
 int32_t ReadHeader(const LibraryHeader& header, void* context)
 {
     auto& c = *static_cast<ReadContext*>(context);
-    if (header.width <= 0 || header.height <= 0) return kLibraryFailed;
+    if (header.width <= 0 || header.height <= 0)
+        return Refuse(FormatText("header claims %d x %d pixels", header.width, header.height));
     c.depth = header.bitsPerPixel;
     int32_t kind = 0;
     if (c.depth == 1) {
@@ -118,13 +136,13 @@ int32_t ReadHeader(const LibraryHeader& header, void* context)
         c.palette = true;
         kind = gray ? kImageGray : kImageColor;
     } else {
-        return kLibraryFailed;
+        return Refuse(FormatText("unsupported depth of %d bits", c.depth));
     }
     double resolution = header.xResolution;
     if (!ResolutionInInches(c.format)) resolution *= kMetresPerInch;
     if (resolution <= 0.0) resolution = CurrentPreferences().defaultResolution;
     if (ImageAlloc(*c.image, kind, header.width, header.height, resolution) || !c.image->rows)
-        return kLibraryFailed;
+        return Refuse(AllocationReason(kind, header.width));
     c.rowCount = 0;
     if (c.showBox) {
         ProgressOpen(0, header.height - 1, "File Open", true);
@@ -137,16 +155,15 @@ int32_t ReadRow(const uint8_t* data, void* context, int32_t row, int32_t rowByte
 {
     auto& c = *static_cast<ReadContext*>(context);
     Image& image = *c.image;
-    if (!image.rows || row < 0 || row >= image.height) return kLibraryFailed;
+    if (!image.rows || row < 0 || row >= image.height)
+        return Refuse(FormatText("row %d outside the picture", row));
     uint8_t* out = image.rows[image.height - 1 - row];
     const int32_t w = image.width;
+    const int64_t need = RowBytes(w, c.depth);
+    if (rowBytes < need) return Refuse(FormatText("row %d too short", row));
     if (!c.palette) {
-        const int64_t need = c.depth == 1 ? (int64_t{w} + 7) / 8 : int64_t{w} * 3;
-        if (rowBytes < need) return kLibraryFailed;
         CopyBytes(data, out, static_cast<size_t>(need));
     } else {
-        const int64_t need = c.depth == 4 ? (int64_t{w} + 1) / 2 : w;
-        if (rowBytes < need) return kLibraryFailed;
         for (int32_t x = 0; x < w; ++x) {
             const uint8_t index = c.depth == 4 ? ((data[x / 2] >> (x % 2 ? 0 : 4)) & 15) : data[x];
             const uint8_t* e = c.table[index];
@@ -175,16 +192,17 @@ int32_t WriteRow(void* context, uint8_t* buffer, int32_t row)
 {
     auto& c = *static_cast<WriteContext*>(context);
     const Image& image = *c.image;
-    if (row < 0 || row >= image.height) return kLibraryFailed;
-    const int32_t w = image.width;
-    const size_t bytes = image.kind == kImageBinary ? (static_cast<size_t>(w) + 7) / 8
-                         : image.kind == kImageGray ? static_cast<size_t>(w)
-                                                    : static_cast<size_t>(w) * 3;
-    CopyBytes(image.rows[image.height - 1 - row], buffer, bytes);
+    if (row < 0 || row >= image.height)
+        return Refuse(FormatText("row %d outside the picture", row));
+    const int32_t bits = image.kind == kImageBinary ? 1 : (image.kind == kImageGray ? 8 : 24);
+    CopyBytes(image.rows[image.height - 1 - row], buffer,
+              static_cast<size_t>(RowBytes(image.width, bits)));
     ++c.rowCount;
     return ProgressStep(c.rowCount - 1) ? kLibraryAbort : 0;
 }
 
+// Writes the picture to `path` in a library format: 0, 11, or 6 with the
+// reason, for a file that could not be created as well as for a failed write.
 int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format)
 {
     LibraryHeader header;
@@ -203,7 +221,7 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
         header.colorsUsed = header.colorsImportant = 256;
         break;
     case kImageColor: header.bitsPerPixel = 24; break;
-    default: return kErrWriting;
+    default: SetErrorDetail("cannot write this kind of picture"); return kErrWriting;
     }
     header.width = image.width;
     header.height = image.height;
@@ -212,15 +230,43 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
     header.xResolution = header.yResolution = RoundToInt(resolution);
 
     File file;
-    if (int32_t code = FileCreate(path, file)) return code;
+    if (FileCreate(path, file) != kOk) return kErrWriting;
     ProgressOpen(0, image.height - 1, "File Save", true);
     WriteContext context{&image};
     const int32_t result = LibraryWrite(file, header, format, WriteRow, &context);
     ProgressClose();
+    errno = 0;
+    // Buffered bytes that do not fit on the disk fail here.
     const int32_t closed = FileClose(file);
+    if (closed != kOk && result == 0) SetErrorDetail(codec::SystemReason("cannot write the file"));
     if (result == kLibraryAbort) return kErrAborted;
     if (result != 0 || closed != kOk) return kErrWriting;
     return kOk;
+}
+
+// The library path of reading. `typeName` names the format the file is
+// taken to hold ("PNG"), for the reason when no codec knows its contents.
+// 0, 11, or 5 with the reason, for a file that could not be opened as well
+// as for one the library could not read.
+int32_t ReadLibraryFile(const std::string& path, Image& image, bool showBox, const char* typeName)
+{
+    File file;
+    if (FileOpenRead(path, file) != kOk) return kErrReading;
+    const int32_t format = LibraryDetectFormat(path);
+    if (format < 0) {
+        SetErrorDetail(typeName ? FormatText("not a %s file", typeName)
+                                : std::string("not a picture file of a known format"));
+        return kErrReading;
+    }
+    ReadContext context;
+    context.image = &image;
+    context.showBox = showBox;
+    context.format = format;
+    const int32_t result = LibraryRead(file, format, ReadRow, &context, ReadHeader);
+    FileClose(file);
+    if (context.boxOpen) ProgressClose();
+    if (result == kLibraryAbort) return kErrAborted;
+    return result == 0 ? kOk : kErrReading;
 }
 
 }  // namespace
@@ -299,42 +345,39 @@ bool ExtensionFitsFilter(const std::string& path, int32_t filter)
 
 int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox)
 {
-    File file;
-    if (int32_t code = FileOpenRead(path, file)) return code;
-    const int32_t format = LibraryDetectFormat(path);
-    if (format < 0) return kErrReading;
-    ReadContext context;
-    context.image = &image;
-    context.showBox = showBox;
-    context.format = format;
-    const int32_t result = LibraryRead(file, format, ReadRow, &context, ReadHeader);
-    FileClose(file);
-    if (context.boxOpen) ProgressClose();
-    if (result == kLibraryAbort) return kErrAborted;
-    return result == 0 ? kOk : kErrReading;
+    return ReadLibraryFile(path, image, showBox, nullptr);
 }
 
 int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox)
 {
     const FileTypeInfo* type = FindFileType(fileType);
     if (!type || fileType == kTypeAll) return kErrUnknownFileType;
-    // Contents first: slide files are JPEGs under other names.
+    // Contents first: slide files are JPEGs under other names. A file that
+    // cannot be opened goes on to the reader of its type, which reports it.
     {
         File probe;
-        if (int32_t code = FileOpenRead(path, probe)) return code;
-        uint8_t bytes[4] = {};
-        int64_t count = sizeof bytes;
-        FileRead(probe, count, bytes);
-        if (LooksLikeJpeg(bytes, static_cast<size_t>(count))) return JPEGRead(path, image, showBox);
+        if (FileOpenRead(path, probe) == kOk) {
+            uint8_t bytes[4] = {};
+            int64_t count = sizeof bytes;
+            FileRead(probe, count, bytes);
+            if (LooksLikeJpeg(bytes, static_cast<size_t>(count)))
+                return JPEGRead(path, image, showBox);
+        }
     }
     switch (fileType) {
     case kTypeJpeg: return JPEGRead(path, image, showBox);
     case kTypePhotoCd:
-    case kTypeFlashPix: return type->readError;  // no reader in this build
+    case kTypeFlashPix: {
+        // No reader in this build.
+        File file;
+        if (FileOpenRead(path, file) == kOk)
+            SetErrorDetail(FormatText("no reader for %s files", type->filterName));
+        return type->readError;
+    }
     default: break;
     }
-    const int32_t result = ReadWithLibrary(path, image, showBox);
-    if (result == kOk || result == kErrAborted || result == kErrCannotOpen) return result;
+    const int32_t result = ReadLibraryFile(path, image, showBox, type->filterName);
+    if (result == kOk || result == kErrAborted) return result;
     return type->readError;
 }
 
@@ -353,15 +396,23 @@ int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& ima
     if (!f) return kErrUnknownFileType;
     if (int32_t code = CheckSaveKind(filter, image)) return code;
     // The picture goes to a temporary file beside the target, which takes
-    // the target's place only when it is complete.
+    // the target's place only when it is complete. Any failure, making the
+    // temporary file, writing it or renaming it, is the format's write error,
+    // with the reason left where it happened.
     const std::string temporary = TemporaryPathFor(path);
     int32_t result = filter == kSaveJpeg ? JPEGWrite(temporary, image, options.jpegQuality,
                                                      options.jpegSampling, options.jpegPalette)
                                          : WriteWithLibrary(temporary, image, f->format);
-    if (result == kOk) result = FileReplace(temporary, path);
+    if (result == kOk) {
+        errno = 0;
+        if (FileReplace(temporary, path) != kOk) {
+            SetErrorDetail(codec::SystemReason("cannot replace the file"));
+            result = f->writeError;
+        }
+    }
     if (result != kOk) {
         FileDelete(temporary);
-        if (result == kErrWriting) result = f->writeError;
+        if (result != kErrAborted && result != kErrOutOfMemory) result = f->writeError;
     }
     return result;
 }

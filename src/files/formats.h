@@ -83,12 +83,15 @@ std::string WithExtension(const std::string& path, const char* extension);
 bool ExtensionFitsFilter(const std::string& path, int32_t filter);
 
 // Reading. Reads the file into `image` (row 0 the bottom of the picture) as
-// its type says: 0, 1, 11 (aborted), a file error, or the type's read error.
+// its type says: 0, 1 (JPEG out of memory), 11 (aborted), or the type's read
+// error, also for a file that cannot be opened (a missing "x.tif" gives 56).
 // JPEG contents are read as JPEG whatever the name. `showBox` shows the
-// progress box "File Open".
+// progress box "File Open". Every failure leaves its reason in ErrorDetail():
+// the system's ("No such file or directory") or the codec's ("header claims
+// 100000 x 100000 pixels").
 int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox);
-// The library path of that: 0, 11, a file error, or 5 for a file the
-// library could not read.
+// The library path of that: 0, 11, or 5 for a file that could not be opened
+// or that the library could not read, with the reason.
 int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox);
 
 // Writing.
@@ -101,8 +104,11 @@ struct SaveOptions {
 int32_t CheckSaveKind(int32_t filter, const Image& image);
 // Writes the picture with a filter. The file is written beside the target
 // under a temporary name and put in its place only when complete, so an
-// abort (11) or a failure (the filter's write error, or a file error) leaves
-// any old file of that name as it was.
+// abort (11) or a failure leaves any old file of that name as it was. Results:
+// 0; the filter's bad-type error, before the disk is touched; 11; 1 when
+// memory for the JPEG palette summary is short; and the filter's write error
+// for everything else, whether the temporary file could not be created,
+// written or renamed, with the reason in ErrorDetail().
 int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& image,
                        const SaveOptions& options);
 

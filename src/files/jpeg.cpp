@@ -1,15 +1,19 @@
 #include "files/jpeg.h"
 
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
 #include <type_traits>
 
 #include <jerror.h>
 #include <jpeglib.h>
 
+#include "files/codec_io.h"
+#include "image/memory.h"
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
@@ -25,16 +29,21 @@ inline constexpr int32_t kErrJpegWrite = 23;
 
 // ---------------------------------------------------------------------------
 // Errors. libjpeg reports a fatal error by calling error_exit, which must not
-// return. Ours longjmps back to the function that started the work. Those
-// functions (DecodeJpeg, EncodeJpeg) keep every piece of state in a job record
-// of plain C data, and no C++ object with a destructor lives between their
-// setjmp and any libjpeg call, so the jump skips no destructor. Memory that
-// libjpeg allocates belongs to its own pools and goes with jpeg_destroy_*.
+// return. Ours leaves libjpeg's message as the reason and longjmps back to the
+// function that started the work. Those functions (DecodeJpeg, EncodeJpeg)
+// keep every piece of state in a job record of plain C data, and no C++
+// object with a destructor lives between their setjmp and any libjpeg call,
+// so the jump skips no destructor. Memory that libjpeg allocates belongs to
+// its own pools and goes with jpeg_destroy_*.
 
 struct JumpTarget {
     std::jmp_buf buffer;
     int32_t code;         // the result the jump carries
     int32_t failureCode;  // what a libjpeg error means here: 22 reading, 23 writing
+    // The file ended and libjpeg went on with an invented end marker; its
+    // words for that, which become the reason of a refusal that follows.
+    bool endSeen;
+    char endMessage[JMSG_LENGTH_MAX];
 };
 
 [[noreturn]] void JumpWith(j_common_ptr cinfo, int32_t code)
@@ -44,22 +53,54 @@ struct JumpTarget {
     std::longjmp(target->buffer, 1);
 }
 
+// Refuses a file that ended before its picture did.
+[[noreturn]] void FailAtEnd(j_common_ptr cinfo)
+{
+    const JumpTarget* target = static_cast<const JumpTarget*>(cinfo->client_data);
+    SetErrorDetail(codec::LibraryReason(target->endMessage, "premature end of JPEG file"));
+    JumpWith(cinfo, target->failureCode);
+}
+
 void OnJpegError(j_common_ptr cinfo)
 {
     const JumpTarget* target = static_cast<const JumpTarget*>(cinfo->client_data);
-    JumpWith(cinfo, cinfo->err->msg_code == JERR_OUT_OF_MEMORY
-                        ? static_cast<int32_t>(kErrOutOfMemory)
-                        : target->failureCode);
+    const int code = cinfo->err->msg_code;
+    if (code == JERR_OUT_OF_MEMORY) {
+        SetErrorDetail("out of memory");
+        JumpWith(cinfo, kErrOutOfMemory);
+    }
+    // Whatever goes wrong after the end of the file was its cutting short.
+    if (target->endSeen) FailAtEnd(cinfo);
+    if (code == JERR_FILE_WRITE) {
+        SetErrorDetail(codec::SystemReason("cannot write the file"));
+    } else {
+        char text[JMSG_LENGTH_MAX] = {};
+        (*cinfo->err->format_message)(cinfo, text);
+        SetErrorDetail(codec::LibraryReason(text, "damaged JPEG file"));
+    }
+    JumpWith(cinfo, target->failureCode);
 }
 
-// Traces and warnings are dropped: nothing is printed. The one warning that
-// fails the read is the end of the file reached while data was still wanted;
-// libjpeg would go on with an invented end marker and paint the rest gray.
+// Traces and warnings are dropped: nothing is printed. The end of the file
+// is noted, and libjpeg goes on with an invented end marker. That is what a
+// file complete but for its end marker needs; a file cut inside its picture
+// data is refused by the next warning, when the scan wants data past the
+// end, rather than painted gray. Arithmetic-coded data gives no such sign,
+// so those files must be whole.
 void OnJpegMessage(j_common_ptr cinfo, int level)
 {
-    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF) {
-        const JumpTarget* target = static_cast<const JumpTarget*>(cinfo->client_data);
-        JumpWith(cinfo, target->failureCode);
+    if (level >= 0) return;
+    JumpTarget* target = static_cast<JumpTarget*>(cinfo->client_data);
+    const int code = cinfo->err->msg_code;
+    if (code == JWRN_JPEG_EOF) {
+        if (!target->endSeen) {
+            target->endSeen = true;
+            (*cinfo->err->format_message)(cinfo, target->endMessage);
+        }
+        if (cinfo->is_decompressor && reinterpret_cast<j_decompress_ptr>(cinfo)->arith_code)
+            FailAtEnd(cinfo);
+    } else if (code == JWRN_HIT_MARKER && target->endSeen) {
+        FailAtEnd(cinfo);
     }
 }
 
@@ -98,6 +139,7 @@ struct ReadJob {
     bool showBox;
     bool boxOpen;
     int32_t lastPercent;
+    bool scanned[MAX_COMPONENTS];  // components met in the scans of a multi-scan file
 };
 // Nothing here has a destructor for a jump to skip, and libjpeg's client
 // data, which points at the job, also points at its jump target.
@@ -129,6 +171,12 @@ void ReportReadStep(ReadJob& job, int32_t percent)
 void OnReadProgress(j_common_ptr cinfo)
 {
     ReadJob* job = static_cast<ReadJob*>(cinfo->client_data);
+    // Called once at least in every scan, with the scan's components known.
+    const jpeg_decompress_struct& decompress = job->cinfo;
+    for (int i = 0; i < decompress.comps_in_scan; ++i) {
+        const int index = decompress.cur_comp_info[i]->component_index;
+        if (index >= 0 && index < MAX_COMPONENTS) job->scanned[index] = true;
+    }
     const jpeg_progress_mgr& progress = *cinfo->progress;
     ReportReadStep(*job, PassPercent(progress, progress.pass_counter, progress.pass_limit));
 }
@@ -149,8 +197,33 @@ void CmykToBgr(const uint8_t* in, uint8_t* out, int32_t width, bool inverted)
     }
 }
 
-// The libjpeg part of a read. Returns 0 or a result code; on failure the
-// image may hold a partial picture, which the caller frees.
+// Whether a multi-scan file brought in all its data: every component in
+// some scan and, when progressive, every coefficient to full precision.
+// Asked only of a file that ended before its end marker, whose scans may
+// have stopped between two of them.
+bool ScansComplete(const ReadJob& job)
+{
+    const jpeg_decompress_struct& cinfo = job.cinfo;
+    for (int c = 0; c < cinfo.num_components && c < MAX_COMPONENTS; ++c) {
+        if (!job.scanned[c]) return false;
+        if (!cinfo.progressive_mode || !cinfo.coef_bits) continue;
+        for (int k = 0; k < DCTSIZE2; ++k)
+            if (cinfo.coef_bits[c][k] != 0) return false;
+    }
+    return true;
+}
+
+// Why an image of that size could not be made: its rows would not fit in a
+// block, or memory is short.
+std::string AllocationReason(int32_t width, bool gray)
+{
+    if (ImageRowBytes64(int64_t{width} * (gray ? 1 : 3)) > kBlockBytes)
+        return FormatText("rows of %d pixels are too wide", width);
+    return "out of memory";
+}
+
+// The libjpeg part of a read. Returns 0 or a result code, with the reason;
+// on failure the image may hold a partial picture, which the caller frees.
 int32_t DecodeJpeg(ReadJob& job)
 {
     jpeg_decompress_struct& cinfo = job.cinfo;
@@ -168,7 +241,11 @@ int32_t DecodeJpeg(ReadJob& job)
 
     const int64_t pixels = int64_t{cinfo.image_width} * cinfo.image_height;
     const int64_t perByte = cinfo.arith_code ? kArithmeticPixelsPerByte : kHuffmanPixelsPerByte;
-    if (pixels > job.fileSize * perByte) JumpWith(Common(cinfo), kErrJpegRead);
+    if (pixels > job.fileSize * perByte) {
+        SetErrorDetail(
+            FormatText("header claims %d x %d pixels", cinfo.image_width, cinfo.image_height));
+        JumpWith(Common(cinfo), kErrJpegRead);
+    }
 
     const bool gray = cinfo.num_components == 1;
     const bool cmyk = cinfo.jpeg_color_space == JCS_CMYK || cinfo.jpeg_color_space == JCS_YCCK;
@@ -178,7 +255,10 @@ int32_t DecodeJpeg(ReadJob& job)
     const int32_t height = static_cast<int32_t>(cinfo.output_height);
     const int32_t code =
         ImageAlloc(*job.image, gray ? kImageGray : kImageColor, width, height, job.resolution);
-    if (code != 0) JumpWith(Common(cinfo), code);
+    if (code != 0) {
+        SetErrorDetail(AllocationReason(width, gray));
+        JumpWith(Common(cinfo), code);
+    }
 
     JSAMPARRAY cmykRow = nullptr;
     if (cmyk)
@@ -194,6 +274,9 @@ int32_t DecodeJpeg(ReadJob& job)
     jpeg_start_decompress(&cinfo);
     // From here on the steps come from the rows themselves.
     cinfo.progress = nullptr;
+    // A multi-scan file has been read in whole by now.
+    if (job.jump.endSeen && jpeg_has_multiple_scans(&cinfo) && !ScansComplete(job))
+        FailAtEnd(Common(cinfo));
 
     const int32_t bytesPerPixel = gray ? 1 : 3;
     const size_t used = static_cast<size_t>(width) * bytesPerPixel;
@@ -201,13 +284,17 @@ int32_t DecodeJpeg(ReadJob& job)
     while (cinfo.output_scanline < cinfo.output_height) {
         uint8_t* target = job.image->rows[height - 1 - static_cast<int32_t>(cinfo.output_scanline)];
         JSAMPROW row = cmyk ? cmykRow[0] : target;
-        if (jpeg_read_scanlines(&cinfo, &row, 1) != 1) JumpWith(Common(cinfo), kErrJpegRead);
+        if (jpeg_read_scanlines(&cinfo, &row, 1) != 1) {
+            SetErrorDetail("damaged JPEG file");
+            JumpWith(Common(cinfo), kErrJpegRead);
+        }
         if (cmyk) CmykToBgr(row, target, width, cinfo.saw_Adobe_marker != 0);
         if (padding > 0) std::memset(target + used, 0, padding);
         ReportReadStep(job, PassPercent(job.progress, cinfo.output_scanline, height));
     }
     // jpeg_finish_decompress is skipped on purpose: it would read on to the
-    // end marker, and a file whose rows are all there is good enough.
+    // end marker, and a file whose rows are all there is good enough. So is
+    // one that ends where its end marker should be: the rows are all there.
     jpeg_destroy_decompress(&cinfo);
     return kOk;
 }
@@ -432,10 +519,17 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
         int64_t size = 0;
         uint8_t head[3] = {};
         int64_t count = sizeof head;
-        if (FileOpenRead(path, file) != 0 || FileSize(file, size) != 0) return kErrJpegRead;
-        if (FileRead(file, count, head) != 0 || !LooksLikeJpeg(head, static_cast<size_t>(count)))
+        if (FileOpenRead(path, file) != 0) return kErrJpegRead;
+        errno = 0;
+        if (FileSize(file, size) != 0) {
+            SetErrorDetail(codec::SystemReason("cannot size the file"));
             return kErrJpegRead;
-        if (FileSeek(file, 0) != 0) return kErrJpegRead;
+        }
+        if (FileRead(file, count, head) != 0 || !LooksLikeJpeg(head, static_cast<size_t>(count))) {
+            SetErrorDetail("not a JPEG file");
+            return kErrJpegRead;
+        }
+        if (!codec::SeekTo(file, 0)) return kErrJpegRead;
 
         ReadJob job{};
         job.stream = file.stream;
@@ -453,8 +547,14 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
 int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,
                   uint8_t* palette768)
 {
-    if (image.kind != kImageGray && image.kind != kImageColor) return kErrJpegWrite;
-    if (!image.rows || image.width <= 0 || image.height <= 0) return kErrJpegWrite;
+    if (image.kind != kImageGray && image.kind != kImageColor) {
+        SetErrorDetail("JPEG holds only gray and colour pictures");
+        return kErrJpegWrite;
+    }
+    if (!image.rows || image.width <= 0 || image.height <= 0) {
+        SetErrorDetail("no picture to write");
+        return kErrJpegWrite;
+    }
     if (quality < 0) quality = 0;
     if (quality > 100) quality = 100;
 
@@ -464,7 +564,10 @@ int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, 
     if (palette768 && image.kind == kImageColor) {
         histogram.counts.reset(new (std::nothrow) uint32_t[kCells]);
         histogram.sums.reset(new (std::nothrow) uint64_t[kCells * 3]);
-        if (!histogram.counts || !histogram.sums) return kErrOutOfMemory;
+        if (!histogram.counts || !histogram.sums) {
+            SetErrorDetail("out of memory");
+            return kErrOutOfMemory;
+        }
     }
 
     File file;
@@ -477,7 +580,11 @@ int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, 
     ProgressOpen(0, 100, "File Save (JPEG)", true);
     int32_t result = EncodeJpeg(job);
     ProgressClose();
-    if (FileClose(file) != 0 && result == kOk) result = kErrJpegWrite;
+    errno = 0;
+    if (FileClose(file) != 0 && result == kOk) {
+        SetErrorDetail(codec::SystemReason("cannot write the file"));
+        result = kErrJpegWrite;
+    }
     if (result != kOk) {
         FileDelete(path);
         return result;

@@ -47,7 +47,9 @@ bool LooksLikeJpeg(const uint8_t* bytes, size_t count);
 // short or the picture is too large for an image (a row over one block);
 // 11 when aborted; 22 when the file cannot be opened, is not a JPEG, is
 // damaged or truncated, or claims a picture its size cannot hold. On failure
-// `image` is left empty.
+// `image` is left empty and ErrorDetail() holds the reason: the system's for
+// a file that cannot be opened, else libjpeg's message or ours ("header
+// claims 60000 x 60000 pixels").
 //
 // Size guard, checked before anything is allocated: a Huffman-coded file
 // spends at least one bit on every 8x8 block of its full-resolution
@@ -59,8 +61,13 @@ bool LooksLikeJpeg(const uint8_t* bytes, size_t count);
 // claims a huge picture over a few bytes fails at once.
 //
 // A file that ends before its picture does is refused rather than shown with
-// a gray remainder. Other damage that libjpeg can step over (stray bytes
-// between markers, a corrupt entropy segment) is read as libjpeg decodes it.
+// a gray remainder ("premature end of JPEG file"): one cut inside a scan, or
+// a multi-scan file cut between scans before each component, and each
+// progressive coefficient, had all its data. A file that is complete but for
+// its end marker is read. Arithmetic-coded files give no sign of where their
+// data ran out and must be whole. Other damage that libjpeg can step over
+// (stray bytes between markers, a corrupt entropy segment) is read as
+// libjpeg decodes it.
 int32_t JPEGRead(const std::string& path, Image& image, bool showBox);
 
 // Writes a gray or colour image to `path` (the file is created or emptied
@@ -68,7 +75,8 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox);
 // `sampling` one of JpegSampling. The box "File Save (JPEG)" runs from 0 to
 // 100, the percent of rows written, and can be cancelled. Results: 0; 1 when
 // memory is short; 11 when aborted; 23 for another kind of image or any
-// write failure. On any failure the partial file is deleted.
+// write failure, the file not created included, with the reason in
+// ErrorDetail(). On any failure the partial file is deleted.
 //
 // On success with `palette768` not null, a 256-entry summary of the picture's
 // colours is stored there as red, green, blue triples (the Slide Show builds

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "files/codec_io.h"
 #include "files/jpeg.h"
 #include "shell/errors.h"
 
@@ -48,14 +49,15 @@ int32_t LibraryDetectFormat(const std::string& path)
 int32_t LibraryRead(File& file, int32_t format, LibraryRowCallback rowCallback, void* context,
                     LibraryHeaderCallback headerCallback)
 {
-    if (!file.stream) return kLibraryFailed;
+    if (!file.stream) return codec::Refuse("no open file");
     if (format == 0) {
         // Found out from the first bytes; only Targa, without a signature,
         // cannot be found out this way and must be named.
         uint8_t bytes[kProbeBytes] = {};
         int64_t count = kProbeBytes;
         const int32_t read = FileRead(file, count, bytes);
-        if ((read != kOk && read != kErrEndOfFile) || FileSeek(file, 0)) return kLibraryFailed;
+        if ((read != kOk && read != kErrEndOfFile) || FileSeek(file, 0))
+            return codec::Refuse(codec::SystemReason("cannot read the file"));
         format = FormatOfBytes(bytes, static_cast<size_t>(count), std::string());
     }
     const LibraryReader reader{headerCallback, rowCallback, context};
@@ -66,14 +68,15 @@ int32_t LibraryRead(File& file, int32_t format, LibraryRowCallback rowCallback, 
     case kFormatTarga: return TargaRead(file, reader);
     case kFormatGif: return GifRead(file, reader);
     case kFormatPng: return PngRead(file, reader);
-    default: return kLibraryFailed;  // FlashPix and unknown formats cannot be read
+    case kFormatFlashPix: return codec::Refuse("no reader for FlashPix files");
+    default: return codec::Refuse("not a picture file of a known format");
     }
 }
 
 int32_t LibraryWrite(File& file, const LibraryHeader& header, int32_t format,
                      LibraryWriteCallback rowCallback, void* context)
 {
-    if (!file.stream) return kLibraryFailed;
+    if (!file.stream) return codec::Refuse("no open file");
     const LibraryWriter writer{&header, rowCallback, context};
     switch (format) {
     case kFormatTiff: return TiffWrite(file, writer);
@@ -83,7 +86,7 @@ int32_t LibraryWrite(File& file, const LibraryHeader& header, int32_t format,
     case kFormatGif: return GifWrite(file, writer);
     case kFormatEps: return EpsWrite(file, writer);
     case kFormatPng: return PngWrite(file, writer);
-    default: return kLibraryFailed;
+    default: return codec::Refuse("no writer for this format");
     }
 }
 

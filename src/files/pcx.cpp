@@ -13,9 +13,6 @@
 // the 256-colour palette of the header, or 24 bits as 3 planes.
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <stdexcept>
-#include <vector>
 
 #include "files/codec_io.h"
 #include "files/library.h"
@@ -66,9 +63,9 @@ struct PcxInfo {
 bool ReadHeader(File& file, PcxInfo& info)
 {
     uint8_t h[kHeaderSize];
-    int64_t count = kHeaderSize;
-    if (FileSize(file, info.fileSize) != kOk || info.fileSize <= kHeaderSize) return false;
-    if (FileSeek(file, 0) != kOk || FileRead(file, count, h) != kOk) return false;
+    if (FileSize(file, info.fileSize) != kOk) return Reject(SystemReason("cannot size the file"));
+    if (info.fileSize <= kHeaderSize) return Reject("truncated header");
+    if (!ReadAt(file, 0, kHeaderSize, h, "truncated header")) return false;
 
     info.version = h[1];
     info.bitsPerPlane = h[3];
@@ -77,15 +74,17 @@ bool ReadHeader(File& file, PcxInfo& info)
     info.xDpi = Get16(h + 12);
     info.yDpi = Get16(h + 14);
     std::memcpy(info.headerPalette, h + 16, sizeof info.headerPalette);
-    if (h[0] != kManufacturer || h[2] > 1) return false;
-    if (info.version != 0 && (info.version < 2 || info.version > 5)) return false;
+    if (h[0] != kManufacturer || h[2] > 1) return Reject("not a PCX file");
+    if (info.version != 0 && (info.version < 2 || info.version > 5))
+        return Reject(FormatText("unknown PCX version %d", info.version));
     info.encoded = h[2] == 1;
 
     const int32_t xMin = Get16(h + 4);
     const int32_t yMin = Get16(h + 6);
     const int32_t xMax = Get16(h + 8);
     const int32_t yMax = Get16(h + 10);
-    if (xMax < xMin || yMax < yMin) return false;
+    if (xMax < xMin || yMax < yMin)
+        return Reject(FormatText("bad picture bounds %d, %d to %d, %d", xMin, yMin, xMax, yMax));
     info.width = xMax - xMin + 1;
     info.height = yMax - yMin + 1;
 
@@ -100,9 +99,12 @@ bool ReadHeader(File& file, PcxInfo& info)
     } else if (bits == 8 && (planes == 3 || planes == 4)) {
         info.form = RowForm::Colour;
     } else {
-        return false;
+        return Reject(FormatText("unsupported layout of %d planes of %d bits", planes, bits));
     }
-    return info.bytesPerLine > 0 && info.bytesPerLine >= (int64_t{info.width} * bits + 7) / 8;
+    if (info.bytesPerLine <= 0 || info.bytesPerLine < RowBytes(info.width, bits))
+        return Reject(
+            FormatText("line of %d bytes too short for %d pixels", info.bytesPerLine, info.width));
+    return true;
 }
 
 // Fills the program's colour table for an indexed picture and finds where
@@ -124,10 +126,9 @@ bool ReadPalette(File& file, PcxInfo& info, LibraryHeader& header)
     // 8 bits: the 256-colour palette follows its marker at the end of the file.
     header.colorsUsed = 256;
     uint8_t stored[kEndPaletteSize];
-    int64_t count = kEndPaletteSize;
     if (info.fileSize >= kHeaderSize + kEndPaletteSize) {
-        if (FileSeek(file, info.fileSize - kEndPaletteSize) != kOk ||
-            FileRead(file, count, stored) != kOk) {
+        if (!ReadAt(file, info.fileSize - kEndPaletteSize, kEndPaletteSize, stored,
+                    "truncated palette")) {
             return false;
         }
         if (stored[0] == kPaletteMarker) {
@@ -150,8 +151,9 @@ bool CheckDataSize(const PcxInfo& info)
 {
     const int64_t total = info.bytesPerLine * info.planes * info.height;
     const int64_t dataBytes = info.dataEnd - kHeaderSize;
-    if (!info.encoded) return total <= dataBytes;
-    return (total + kLongestRun - 1) / kLongestRun * 2 <= dataBytes;
+    const bool fits = info.encoded ? (total + kLongestRun - 1) / kLongestRun * 2 <= dataBytes
+                                   : total <= dataBytes;
+    return fits || Reject(FormatText("header claims %d x %d pixels", info.width, info.height));
 }
 
 // ---- Lines ----------------------------------------------------------------------------------
@@ -275,23 +277,16 @@ int32_t PcxRead(File& file, const LibraryReader& reader)
     header.height = info.height;
     header.xResolution = RoundToInt(info.xDpi / kMetresPerInch);
     header.yResolution = RoundToInt(info.yDpi / kMetresPerInch);
-    int32_t outBytes = 0;
     switch (info.form) {
     case RowForm::Bits:
         header.bitsPerPixel = 1;
         std::memset(header.palette[1], 255, 3);
         header.colorsUsed = 2;
-        outBytes = (info.width + 7) / 8;
         break;
-    case RowForm::Indices:
-        header.bitsPerPixel = 8;
-        outBytes = info.width;
-        break;
-    case RowForm::Colour:
-        header.bitsPerPixel = 24;
-        outBytes = info.width * 3;
-        break;
+    case RowForm::Indices: header.bitsPerPixel = 8; break;
+    case RowForm::Colour: header.bitsPerPixel = 24; break;
     }
+    const auto outBytes = static_cast<int32_t>(RowBytes(info.width, header.bitsPerPixel));
     const int64_t imageSize = int64_t{outBytes} * info.height;
     header.imageSize = imageSize <= INT32_MAX ? static_cast<int32_t>(imageSize) : 0;
     int32_t result = reader.header(header, reader.context);
@@ -299,15 +294,16 @@ int32_t PcxRead(File& file, const LibraryReader& reader)
 
     Decoder in;
     const int64_t lineBytes = info.bytesPerLine * info.planes;
-    std::vector<uint8_t> line, out;
+    ByteBuffer line, out;
     if (!ByteSourceStart(in.bytes, file, kHeaderSize, info.dataEnd) || !Allocate(line, lineBytes) ||
         !Allocate(out, outBytes)) {
         return kLibraryFailed;
     }
     for (int32_t r = 0; r < info.height; ++r) {
-        if (!DecodeLine(in, info.encoded, line.data(), lineBytes)) return kLibraryFailed;
-        ConvertLine(info, line.data(), out.data());
-        result = reader.row(out.data(), reader.context, r, outBytes);
+        if (!DecodeLine(in, info.encoded, line.get(), lineBytes))
+            return Refuse("truncated pixel data");
+        ConvertLine(info, line.get(), out.get());
+        result = reader.row(out.get(), reader.context, r, outBytes);
         if (result != 0) return Stopped(result);
     }
     return 0;
@@ -316,15 +312,12 @@ int32_t PcxRead(File& file, const LibraryReader& reader)
 int32_t PcxWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header, 0x10000)) return refused;
     const int32_t bits = header.bitsPerPixel;
-    if ((bits != 1 && bits != 8 && bits != 24) || header.width <= 0 || header.height <= 0 ||
-        header.width > 0x10000 || header.height > 0x10000) {
-        return kLibraryFailed;
-    }
     const int32_t width = header.width;
     const int32_t height = header.height;
     const int32_t planes = bits == 24 ? 3 : 1;
-    const int64_t planeBytes = bits == 1 ? (int64_t{width} + 7) / 8 : width;
+    const int64_t planeBytes = RowBytes(width, bits == 1 ? 1 : 8);
     const int64_t bytesPerLine = (planeBytes + 1) / 2 * 2;  // always even
     const bool gray = bits == 8 && IsGrayRamp(header);
 
@@ -343,20 +336,18 @@ int32_t PcxWrite(File& file, const LibraryWriter& writer)
     head[65] = static_cast<uint8_t>(planes);
     Put16(head + 66, static_cast<uint32_t>(bytesPerLine));
     Put16(head + 68, gray ? 2 : 1);
-    if (FileSeek(file, 0) != kOk || FileWrite(file, kHeaderSize, head) != kOk) {
-        return kLibraryFailed;
-    }
+    if (!SeekTo(file, 0) || !WriteAll(file, kHeaderSize, head)) return kLibraryFailed;
 
     // Each row from the top: its planes padded to bytesPerLine, each plane
     // encoded on its own.
-    std::vector<uint8_t> given, line, encoded;
+    ByteBuffer given, line, encoded;
     if (!Allocate(given, planeBytes * planes) || !Allocate(line, bytesPerLine * planes) ||
         !Allocate(encoded, 2 * bytesPerLine * planes)) {
         return kLibraryFailed;
     }
     for (int32_t r = 0; r < height; ++r) {
-        std::fill(given.begin(), given.end(), 0);
-        int32_t result = writer.row(writer.context, given.data(), r);
+        given.Clear();
+        int32_t result = writer.row(writer.context, given.get(), r);
         if (result != 0) return Stopped(result);
         if (bits == 24) {
             for (int32_t x = 0; x < width; ++x) {
@@ -365,7 +356,7 @@ int32_t PcxWrite(File& file, const LibraryWriter& writer)
                 line[2 * bytesPerLine + x] = given[3 * x];
             }
         } else {
-            std::copy(given.begin(), given.end(), line.begin());
+            std::memcpy(line.get(), given.get(), given.size);
             if (bits == 1 && width % 8 != 0) {
                 line[planeBytes - 1] &= static_cast<uint8_t>(0xFF00 >> width % 8);
             }
@@ -373,9 +364,9 @@ int32_t PcxWrite(File& file, const LibraryWriter& writer)
         int64_t length = 0;
         for (int32_t p = 0; p < planes; ++p) {
             length +=
-                EncodePlane(line.data() + p * bytesPerLine, bytesPerLine, encoded.data() + length);
+                EncodePlane(line.get() + p * bytesPerLine, bytesPerLine, encoded.get() + length);
         }
-        if (FileWrite(file, length, encoded.data()) != kOk) return kLibraryFailed;
+        if (!WriteAll(file, length, encoded.get())) return kLibraryFailed;
     }
 
     if (bits == 8) {
@@ -386,7 +377,7 @@ int32_t PcxWrite(File& file, const LibraryWriter& writer)
             palette[1 + 3 * i + 1] = header.palette[i][1];
             palette[1 + 3 * i + 2] = header.palette[i][0];
         }
-        if (FileWrite(file, kEndPaletteSize, palette) != kOk) return kLibraryFailed;
+        if (!WriteAll(file, kEndPaletteSize, palette)) return kLibraryFailed;
     }
     return 0;
 }

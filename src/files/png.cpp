@@ -15,14 +15,16 @@
 // libpng reports errors by longjmp. Every libpng call that can fail runs in a
 // small function below that holds the setjmp and owns no C++ object, so the
 // jump never passes a destructor; the buffers and the libpng structures are
-// owned by the callers of those functions.
+// owned by the callers of those functions. The error function leaves
+// libpng's message as the reason before it jumps.
 #include <png.h>
 
 #include <csetjmp>
+#include <cstdio>
 #include <cstring>
 #include <string>
-#include <vector>
 
+#include "files/codec_io.h"
 #include "files/library.h"
 #include "image/image.h"
 
@@ -31,6 +33,8 @@ namespace lv {
 std::string PngVersion();
 namespace {
 
+using namespace codec;
+
 constexpr int64_t kMaxPictureBytes = int64_t{1} << 30;
 // Deflate expands at most about 1032 times; the margin covers the filter
 // bytes and the row padding of interlaced passes.
@@ -38,24 +42,34 @@ constexpr int64_t kMaxExpansion = 1100;
 constexpr png_uint_32 kMaxSide = 1000000;
 
 // ---------------------------------------------------------------------------
-// Callbacks handed to libpng. The error function jumps back to the setjmp of
-// the call that failed, without printing; warnings are dropped.
+// Callbacks handed to libpng. The error function records the message and
+// jumps back to the setjmp of the call that failed, without printing;
+// warnings are dropped.
 
+// A failed read or write leaves its own reason and jumps as an error does.
 void PngReadData(png_structp png, png_bytep data, size_t length)
 {
     auto* stream = static_cast<std::FILE*>(png_get_io_ptr(png));
-    if (std::fread(data, 1, length, stream) != length) png_error(png, "read");
+    if (std::fread(data, 1, length, stream) == length) return;
+    SetErrorDetail(std::ferror(stream) ? SystemReason("cannot read the file") : "truncated file");
+    png_longjmp(png, 1);
 }
 
 void PngWriteData(png_structp png, png_bytep data, size_t length)
 {
     auto* stream = static_cast<std::FILE*>(png_get_io_ptr(png));
-    if (std::fwrite(data, 1, length, stream) != length) png_error(png, "write");
+    if (std::fwrite(data, 1, length, stream) == length) return;
+    SetErrorDetail(SystemReason("cannot write the file"));
+    png_longjmp(png, 1);
 }
 
 void PngFlushData(png_structp) {}
 
-[[noreturn]] void PngFail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+[[noreturn]] void PngFail(png_structp png, png_const_charp message)
+{
+    SetErrorDetail(LibraryReason(message, "damaged PNG file"));
+    png_longjmp(png, 1);
+}
 void PngWarn(png_structp, png_const_charp) {}
 
 // ---------------------------------------------------------------------------
@@ -71,6 +85,7 @@ struct PngLayout {
     size_t storedRowBytes;  // as in the file, before the transformations
     size_t rowBytes;        // as delivered
     int outBits;            // 1, 8 or 24
+    int passes;             // 7 when interlaced, else 1
     int invert;             // 1-bit palette with white first
     int colors;
     png_color palette[256];
@@ -143,7 +158,7 @@ int PngReadLayout(png_structp png, png_infop info, PngLayout* out)
         out->outBits = 8;
         if (out->bitDepth < 8) png_set_expand_gray_1_2_4_to_8(png);
     }
-    png_set_interlace_handling(png);
+    out->passes = png_set_interlace_handling(png);
     png_read_update_info(png, info);
     out->rowBytes = png_get_rowbytes(png, info);
     return 0;
@@ -153,13 +168,6 @@ int PngReadRow(png_structp png, png_bytep row)
 {
     if (setjmp(png_jmpbuf(png))) return -1;
     png_read_row(png, row, nullptr);
-    return 0;
-}
-
-int PngReadImage(png_structp png, png_bytepp rows)
-{
-    if (setjmp(png_jmpbuf(png))) return -1;
-    png_read_image(png, rows);
     return 0;
 }
 
@@ -228,20 +236,6 @@ struct PngWriteHandle {
     }
 };
 
-int32_t StopCode(int32_t result)
-{
-    return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed;
-}
-
-bool IsGrayRamp(const LibraryHeader& header)
-{
-    for (int i = 0; i < 256; ++i) {
-        if (header.palette[i][0] != i || header.palette[i][1] != i || header.palette[i][2] != i)
-            return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 std::string PngVersion() { return std::string("libpng ") + png_get_libpng_ver(nullptr); }
@@ -250,16 +244,17 @@ int32_t PngRead(File& file, const LibraryReader& reader)
 {
     int64_t start = 0;
     int64_t fileSize = 0;
-    if (!file.stream || FileTell(file, start) != 0 || FileSize(file, fileSize) != 0)
-        return kLibraryFailed;
+    if (!file.stream) return Refuse("no open file");
+    if (FileTell(file, start) != 0 || FileSize(file, fileSize) != 0)
+        return Refuse(SystemReason("cannot size the file"));
     fileSize -= start;
-    if (fileSize < 8) return kLibraryFailed;
+    if (fileSize < 8) return Refuse("not a PNG file");
 
     PngReadHandle handle;
     handle.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, PngFail, PngWarn);
-    if (!handle.png) return kLibraryFailed;
+    if (!handle.png) return Refuse("out of memory");
     handle.info = png_create_info_struct(handle.png);
-    if (!handle.info) return kLibraryFailed;
+    if (!handle.info) return Refuse("out of memory");
     png_set_read_fn(handle.png, file.stream, PngReadData);
 
     PngLayout layout{};
@@ -269,15 +264,15 @@ int32_t PngRead(File& file, const LibraryReader& reader)
     // anything is allocated.
     const int64_t width = layout.width;
     const int64_t height = layout.height;
-    if (width <= 0 || height <= 0) return kLibraryFailed;
-    const int64_t outBytes = layout.outBits == 1   ? (width + 7) / 8
-                             : layout.outBits == 8 ? width
-                                                   : width * 3;
-    if (static_cast<int64_t>(layout.rowBytes) != outBytes || outBytes > kBlockBytes ||
-        outBytes * height > kMaxPictureBytes)
-        return kLibraryFailed;
-    if ((static_cast<int64_t>(layout.storedRowBytes) + 1) * height > fileSize * kMaxExpansion)
-        return kLibraryFailed;
+    const std::string claimed = FormatText("header claims %d x %d pixels", width, height);
+    if (width <= 0 || height <= 0) return Refuse(claimed);
+    const int64_t outBytes = RowBytes(width, layout.outBits);
+    if (outBytes * height > kMaxPictureBytes ||
+        (static_cast<int64_t>(layout.storedRowBytes) + 1) * height > fileSize * kMaxExpansion)
+        return Refuse(claimed);
+    if (static_cast<int64_t>(layout.rowBytes) != outBytes)
+        return Refuse(FormatText("unexpected row of %d bytes", layout.rowBytes));
+    if (outBytes > kBlockBytes) return Refuse(FormatText("rows of %d pixels are too wide", width));
 
     LibraryHeader header;
     header.width = static_cast<int32_t>(width);
@@ -303,20 +298,25 @@ int32_t PngRead(File& file, const LibraryReader& reader)
         header.colorsUsed = header.colorsImportant = 256;
     }
     const int32_t started = reader.header(header, reader.context);
-    if (started != 0) return StopCode(started);
+    if (started != 0) return Stopped(started);
 
     const auto rowBytes = static_cast<size_t>(outBytes);
     // An interlaced image is complete only after its last pass, so it is
-    // held whole; others go through one row.
-    std::vector<uint8_t> pixels(layout.interlaced ? rowBytes * layout.height : rowBytes);
+    // held whole, each pass filling in its pixels row by row; others go
+    // through one row.
+    ByteBuffer pixels, inverted;
+    if (!Allocate(pixels, layout.interlaced ? outBytes * height : outBytes) ||
+        !Allocate(inverted, layout.invert ? outBytes : 0))
+        return kLibraryFailed;
     if (layout.interlaced) {
-        std::vector<png_bytep> rows(layout.height);
-        for (png_uint_32 y = 0; y < layout.height; ++y) rows[y] = &pixels[y * rowBytes];
-        if (PngReadImage(handle.png, rows.data()) != 0) return kLibraryFailed;
+        for (int pass = 0; pass < layout.passes; ++pass) {
+            for (png_uint_32 y = 0; y < layout.height; ++y) {
+                if (PngReadRow(handle.png, pixels.get() + y * rowBytes) != 0) return kLibraryFailed;
+            }
+        }
     }
-    std::vector<uint8_t> inverted(layout.invert ? rowBytes : 0);
     for (png_uint_32 y = 0; y < layout.height; ++y) {
-        uint8_t* row = layout.interlaced ? &pixels[y * rowBytes] : pixels.data();
+        uint8_t* row = layout.interlaced ? pixels.get() + y * rowBytes : pixels.get();
         if (!layout.interlaced && PngReadRow(handle.png, row) != 0) return kLibraryFailed;
         if (layout.outBits == 1 && layout.width % 8)
             row[rowBytes - 1] &= static_cast<uint8_t>(0xFF00 >> (layout.width % 8));
@@ -324,11 +324,11 @@ int32_t PngRead(File& file, const LibraryReader& reader)
             for (size_t i = 0; i < rowBytes; ++i) inverted[i] = static_cast<uint8_t>(~row[i]);
             if (layout.width % 8)
                 inverted[rowBytes - 1] &= static_cast<uint8_t>(0xFF00 >> (layout.width % 8));
-            row = inverted.data();
+            row = inverted.get();
         }
         const int32_t result = reader.row(row, reader.context, static_cast<int32_t>(y),
                                           static_cast<int32_t>(rowBytes));
-        if (result != 0) return StopCode(result);
+        if (result != 0) return Stopped(result);
     }
     return 0;
 }
@@ -336,12 +336,10 @@ int32_t PngRead(File& file, const LibraryReader& reader)
 int32_t PngWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header)) return refused;
+    if (!file.stream) return Refuse("no open file");
     const int32_t bits = header.bitsPerPixel;
-    if (bits != 1 && bits != 8 && bits != 24) return kLibraryFailed;
-    if (header.width <= 0 || header.height <= 0 || !file.stream) return kLibraryFailed;
-    const int64_t rowBytes = bits == 1   ? (int64_t{header.width} + 7) / 8
-                             : bits == 8 ? int64_t{header.width}
-                                         : int64_t{header.width} * 3;
+    const int64_t rowBytes = RowBytes(header.width, bits);
 
     PngWriteLayout layout{};
     layout.width = static_cast<png_uint_32>(header.width);
@@ -365,20 +363,22 @@ int32_t PngWrite(File& file, const LibraryWriter& writer)
 
     PngWriteHandle handle;
     handle.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, PngFail, PngWarn);
-    if (!handle.png) return kLibraryFailed;
+    if (!handle.png) return Refuse("out of memory");
     handle.info = png_create_info_struct(handle.png);
-    if (!handle.info) return kLibraryFailed;
+    if (!handle.info) return Refuse("out of memory");
     png_set_write_fn(handle.png, file.stream, PngWriteData, PngFlushData);
     if (PngWriteStart(handle.png, handle.info, &layout) != 0) return kLibraryFailed;
 
-    std::vector<uint8_t> row(static_cast<size_t>(rowBytes), 0);
+    ByteBuffer row;
+    if (!Allocate(row, rowBytes)) return kLibraryFailed;
     for (int32_t y = 0; y < header.height; ++y) {
-        const int32_t result = writer.row(writer.context, row.data(), y);
-        if (result != 0) return StopCode(result);
-        if (PngWriteRow(handle.png, row.data()) != 0) return kLibraryFailed;
+        const int32_t result = writer.row(writer.context, row.get(), y);
+        if (result != 0) return Stopped(result);
+        if (PngWriteRow(handle.png, row.get()) != 0) return kLibraryFailed;
     }
     if (PngWriteEnd(handle.png, handle.info) != 0) return kLibraryFailed;
-    return std::ferror(file.stream) ? kLibraryFailed : 0;
+    if (std::ferror(file.stream)) return Refuse(SystemReason("cannot write the file"));
+    return 0;
 }
 
 }  // namespace lv

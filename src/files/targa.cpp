@@ -14,9 +14,6 @@
 // pictures as gray of 0 and 255.
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <stdexcept>
-#include <vector>
 
 #include "files/codec_io.h"
 #include "files/library.h"
@@ -83,12 +80,19 @@ struct TargaInfo {
     bool rightToLeft = false;
 };
 
+// The reason for a header whose picture is empty or that the file cannot
+// hold.
+std::string ClaimedSize(const TargaInfo& info)
+{
+    return FormatText("header claims %d x %d pixels", info.width, info.height);
+}
+
 bool ReadHeader(File& file, TargaInfo& info)
 {
     uint8_t h[kHeaderSize];
-    int64_t count = kHeaderSize;
-    if (FileSize(file, info.fileSize) != kOk || info.fileSize < kHeaderSize) return false;
-    if (FileSeek(file, 0) != kOk || FileRead(file, count, h) != kOk) return false;
+    if (FileSize(file, info.fileSize) != kOk) return Reject(SystemReason("cannot size the file"));
+    if (info.fileSize < kHeaderSize) return Reject("truncated header");
+    if (!ReadAt(file, 0, kHeaderSize, h, "truncated header")) return false;
 
     const int32_t idLength = h[0];
     const int32_t mapType = h[1];
@@ -108,39 +112,42 @@ bool ReadHeader(File& file, TargaInfo& info)
     case kTargaMappedRle:
         // 8-bit indices into a map that 8-bit indices can reach.
         info.mapped = true;
-        if (mapType != 1 || info.pixelBits != 8 || info.mapLength == 0 ||
-            info.mapFirst + info.mapLength > 256) {
-            return false;
-        }
+        if (mapType != 1 || info.mapLength == 0 || info.mapFirst + info.mapLength > 256)
+            return Reject("bad colour map");
+        if (info.pixelBits != 8)
+            return Reject(FormatText("unsupported colour-mapped depth of %d bits", info.pixelBits));
         if (info.mapEntryBits != 15 && info.mapEntryBits != 16 && info.mapEntryBits != 24 &&
             info.mapEntryBits != 32) {
-            return false;
+            return Reject(
+                FormatText("unsupported colour map entries of %d bits", info.mapEntryBits));
         }
         break;
     case kTargaTrueColour:
     case kTargaTrueColourRle:
         if (info.pixelBits != 15 && info.pixelBits != 16 && info.pixelBits != 24 &&
             info.pixelBits != 32) {
-            return false;
+            return Reject(FormatText("unsupported true-colour depth of %d bits", info.pixelBits));
         }
         break;
     case kTargaGray:
     case kTargaGrayRle:
         // 16 bits are gray and alpha.
         info.gray = true;
-        if (info.pixelBits != 8 && info.pixelBits != 16) return false;
+        if (info.pixelBits != 8 && info.pixelBits != 16)
+            return Reject(FormatText("unsupported gray depth of %d bits", info.pixelBits));
         break;
-    default: return false;
+    default: return Reject(FormatText("unsupported image type %d", info.type));
     }
     info.runLengths = info.type >= kTargaMappedRle;
-    if (mapType > 1 || info.width == 0 || info.height == 0) return false;
+    if (mapType > 1) return Reject(FormatText("unknown colour map type %d", mapType));
+    if (info.width == 0 || info.height == 0) return Reject(ClaimedSize(info));
 
     // The image ID field, then the colour map (skipped when the pixels do not
     // use it), then the pixels.
     info.mapStart = kHeaderSize + idLength;
     int64_t mapBytes = mapType == 1 ? int64_t{info.mapLength} * ((info.mapEntryBits + 7) / 8) : 0;
     info.dataStart = info.mapStart + mapBytes;
-    return info.dataStart < info.fileSize;
+    return info.dataStart < info.fileSize || Reject("no pixel data");
 }
 
 // Puts the colour map (or, for gray, a ramp) in the program's colour table.
@@ -153,10 +160,8 @@ bool ReadColourTable(File& file, const TargaInfo& info, LibraryHeader& header)
     }
     const int32_t entryBytes = (info.mapEntryBits + 7) / 8;
     uint8_t stored[256 * 4];
-    int64_t size = int64_t{info.mapLength} * entryBytes;
-    int64_t wanted = size;
-    if (FileSeek(file, info.mapStart) != kOk || FileRead(file, size, stored) != kOk ||
-        size != wanted) {
+    if (!ReadAt(file, info.mapStart, int64_t{info.mapLength} * entryBytes, stored,
+                "truncated colour map")) {
         return false;
     }
     for (int32_t i = 0; i < info.mapLength; ++i) {
@@ -172,10 +177,11 @@ bool CheckDataSize(const TargaInfo& info)
 {
     const int64_t dataBytes = info.fileSize - info.dataStart;
     const int64_t pixels = int64_t{info.width} * info.height;
-    if (info.runLengths) {
-        return (pixels + kLargestRun - 1) / kLargestRun * (1 + info.pixelBytes) <= dataBytes;
-    }
-    return pixels * info.pixelBytes <= dataBytes;
+    const bool fits =
+        info.runLengths
+            ? (pixels + kLargestRun - 1) / kLargestRun * (1 + info.pixelBytes) <= dataBytes
+            : pixels * info.pixelBytes <= dataBytes;
+    return fits || Reject(ClaimedSize(info));
 }
 
 // ---- Pixels -------------------------------------------------------------------------------
@@ -226,18 +232,18 @@ bool NextPixel(Input& in, const TargaInfo& info, uint8_t* pixel)
 }
 
 // Reads the next stored row into `out`, left to right. An index outside the
-// colour map makes the file unreadable.
+// colour map makes the file unreadable. False with the reason.
 bool ReadRow(Input& in, const TargaInfo& info, uint8_t* out)
 {
     const int32_t outPixelBytes = info.mapped || info.gray ? 1 : 3;
     for (int32_t i = 0; i < info.width; ++i) {
         uint8_t pixel[4];
-        if (!NextPixel(in, info, pixel)) return false;
+        if (!NextPixel(in, info, pixel)) return Reject("truncated pixel data");
         int32_t x = info.rightToLeft ? info.width - 1 - i : i;
         uint8_t* target = out + int64_t{x} * outPixelBytes;
         if (info.mapped) {
             if (pixel[0] < info.mapFirst || pixel[0] >= info.mapFirst + info.mapLength) {
-                return false;
+                return Reject(FormatText("colour index %d outside the map", pixel[0]));
             }
             *target = pixel[0];
         } else if (info.gray) {
@@ -257,13 +263,13 @@ int32_t DeliverRows(File& file, const TargaInfo& info, const LibraryReader& read
         return kLibraryFailed;
     }
     const int32_t height = info.height;
-    std::vector<uint8_t> row;
+    ByteBuffer row;
     if (!Allocate(row, outBytes)) return kLibraryFailed;
 
     if (info.topDown) {
         for (int32_t r = 0; r < height; ++r) {
-            if (!ReadRow(in, info, row.data())) return kLibraryFailed;
-            int32_t result = reader.row(row.data(), reader.context, r, outBytes);
+            if (!ReadRow(in, info, row.get())) return kLibraryFailed;
+            int32_t result = reader.row(row.get(), reader.context, r, outBytes);
             if (result != 0) return Stopped(result);
         }
         return 0;
@@ -274,31 +280,30 @@ int32_t DeliverRows(File& file, const TargaInfo& info, const LibraryReader& read
         for (int32_t r = 0; r < height; ++r) {
             int64_t position = info.dataStart + (height - 1 - r) * storedBytes;
             if (!StartInput(in, file, position, position + storedBytes) ||
-                !ReadRow(in, info, row.data())) {
+                !ReadRow(in, info, row.get())) {
                 return kLibraryFailed;
             }
-            int32_t result = reader.row(row.data(), reader.context, r, outBytes);
+            int32_t result = reader.row(row.get(), reader.context, r, outBytes);
             if (result != 0) return Stopped(result);
         }
         return 0;
     }
     // Run-length rows stored from the bottom are decoded whole first.
-    std::vector<uint8_t> picture;
+    ByteBuffer picture;
     if (!Allocate(picture, int64_t{outBytes} * height)) return kLibraryFailed;
     for (int32_t i = 0; i < height; ++i) {
-        if (!ReadRow(in, info, picture.data() + int64_t{height - 1 - i} * outBytes)) {
+        if (!ReadRow(in, info, picture.get() + int64_t{height - 1 - i} * outBytes)) {
             return kLibraryFailed;
         }
     }
     for (int32_t r = 0; r < height; ++r) {
         int32_t result =
-            reader.row(picture.data() + int64_t{r} * outBytes, reader.context, r, outBytes);
+            reader.row(picture.get() + int64_t{r} * outBytes, reader.context, r, outBytes);
         if (result != 0) return Stopped(result);
     }
     return 0;
 }
 
-// Whether an 8-bit colour table is the gray ramp that makes indices gray levels.
 }  // namespace
 
 // ---- Reading and writing --------------------------------------------------------------------
@@ -333,7 +338,7 @@ int32_t TargaRead(File& file, const LibraryReader& reader)
     header.height = info.height;
     const bool indexed = info.mapped || info.gray;
     header.bitsPerPixel = indexed ? 8 : 24;
-    const int32_t outBytes = info.width * (indexed ? 1 : 3);
+    const auto outBytes = static_cast<int32_t>(RowBytes(info.width, header.bitsPerPixel));
     const int64_t imageSize = int64_t{outBytes} * info.height;
     header.imageSize = imageSize <= INT32_MAX ? static_cast<int32_t>(imageSize) : 0;
     if (indexed && !ReadColourTable(file, info, header)) return kLibraryFailed;
@@ -345,11 +350,8 @@ int32_t TargaRead(File& file, const LibraryReader& reader)
 int32_t TargaWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header, 0xFFFF)) return refused;
     const int32_t bits = header.bitsPerPixel;
-    if ((bits != 1 && bits != 8 && bits != 24) || header.width <= 0 || header.height <= 0 ||
-        header.width > 0xFFFF || header.height > 0xFFFF) {
-        return kLibraryFailed;
-    }
     const int32_t width = header.width;
     const int32_t height = header.height;
     const bool mapped = bits == 8 && !IsGrayRamp(header);
@@ -371,25 +373,25 @@ int32_t TargaWrite(File& file, const LibraryWriter& writer)
     Put16(head + 14, static_cast<uint32_t>(height));
     head[16] = bits == 24 ? 24 : 8;
     head[17] = 0;  // bottom-left origin, no attribute bits
-    if (FileSeek(file, 0) != kOk || FileWrite(file, dataStart, head) != kOk) return kLibraryFailed;
+    if (!SeekTo(file, 0) || !WriteAll(file, dataStart, head)) return kLibraryFailed;
 
     // Rows come from the top and are stored from the bottom.
-    std::vector<uint8_t> given, stored;
-    const int64_t givenBytes = bits == 1 ? (int64_t{width} + 7) / 8 : storedBytes;
+    ByteBuffer given, stored;
+    const int64_t givenBytes = RowBytes(width, bits);
     if (!Allocate(given, givenBytes) || !Allocate(stored, storedBytes)) return kLibraryFailed;
     for (int32_t r = 0; r < height; ++r) {
-        std::fill(given.begin(), given.end(), 0);
-        int32_t result = writer.row(writer.context, given.data(), r);
+        given.Clear();
+        int32_t result = writer.row(writer.context, given.get(), r);
         if (result != 0) return Stopped(result);
         if (bits == 1) {
             for (int32_t x = 0; x < width; ++x) {
                 stored[x] = (given[x >> 3] >> (7 - (x & 7))) & 1 ? 255 : 0;
             }
         } else {
-            std::copy(given.begin(), given.end(), stored.begin());
+            std::memcpy(stored.get(), given.get(), given.size);
         }
-        if (FileSeek(file, dataStart + (height - 1 - r) * storedBytes) != kOk ||
-            FileWrite(file, storedBytes, stored.data()) != kOk) {
+        if (!SeekTo(file, dataStart + (height - 1 - r) * storedBytes) ||
+            !WriteAll(file, storedBytes, stored.get())) {
             return kLibraryFailed;
         }
     }
@@ -397,8 +399,7 @@ int32_t TargaWrite(File& file, const LibraryWriter& writer)
     // The footer of the second version of the format, without extension area.
     uint8_t footer[26] = {};
     std::memcpy(footer + 8, kFooterSignature, sizeof kFooterSignature);
-    if (FileSeek(file, dataStart + storedBytes * height) != kOk ||
-        FileWrite(file, sizeof footer, footer) != kOk) {
+    if (!SeekTo(file, dataStart + storedBytes * height) || !WriteAll(file, sizeof footer, footer)) {
         return kLibraryFailed;
     }
     return 0;

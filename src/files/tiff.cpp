@@ -14,20 +14,22 @@
 // MinIsBlack bilevel, 8-bit with a gray ramp as MinIsBlack gray, other 8-bit
 // as a palette file, 24-bit as RGB. Resolution in pixels per inch.
 //
-// libtiff's messages are silenced: every file gets handlers of its own that
-// swallow errors and warnings, and the process-wide handlers are cleared
-// once, for the few messages that do not go through a file's handlers.
+// libtiff's messages are never printed: every file gets handlers of its own,
+// which keep the first error as the reason for a refusal and swallow the
+// rest, and the process-wide handlers are cleared once, for the few messages
+// that do not go through a file's handlers.
 #include <tiffio.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
-#include <vector>
 
 #include "files/codec_io.h"
 #include "files/library.h"
@@ -39,7 +41,7 @@ namespace lv {
 std::string TiffVersion();
 namespace {
 
-using codec::IsGrayRamp;
+using namespace codec;
 
 // The largest picture accepted, in bytes of output rows, and the largest
 // single buffer libtiff may allocate for one file.
@@ -54,6 +56,7 @@ constexpr double kCentimetresPerInch = 2.540005;
 struct TiffStream {
     File* file;
     int64_t base;
+    int writeError;  // errno of the first write the file refused, else 0
 };
 
 tmsize_t TiffReadProc(thandle_t handle, void* buffer, tmsize_t size)
@@ -68,8 +71,10 @@ tmsize_t TiffWriteProc(thandle_t handle, void* buffer, tmsize_t size)
 {
     auto* io = static_cast<TiffStream*>(handle);
     if (size <= 0) return 0;
-    return static_cast<tmsize_t>(
-        std::fwrite(buffer, 1, static_cast<size_t>(size), io->file->stream));
+    const size_t written = std::fwrite(buffer, 1, static_cast<size_t>(size), io->file->stream);
+    if (written != static_cast<size_t>(size) && io->writeError == 0)
+        io->writeError = errno != 0 ? errno : EIO;
+    return static_cast<tmsize_t>(written);
 }
 
 toff_t TiffSeekProc(thandle_t handle, toff_t offset, int whence)
@@ -109,13 +114,35 @@ toff_t TiffSizeProc(thandle_t handle)
 int TiffMapProc(thandle_t, void**, toff_t*) { return 0; }  // no mapping: reads go through I/O
 void TiffUnmapProc(thandle_t, void*, toff_t) {}
 
-// What libtiff's messages told about a file. The messages themselves are
-// dropped; returning 1 keeps them from the process-wide handlers.
+// What libtiff's messages told about a file. Returning 1 keeps them from the
+// process-wide handlers.
 struct TiffMessages {
     bool loop = false;  // a directory chain that points back into itself
+    std::string error;  // the first error, the one that names the cause
 };
 
-int TiffErrorHandler(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+// The name libtiff knows the file by, which starts many of its messages.
+constexpr char kStreamName[] = "image";
+
+int TiffErrorHandler(TIFF*, void* data, const char*, const char* format, va_list arguments)
+{
+    auto* messages = static_cast<TiffMessages*>(data);
+    if (!messages || !messages->error.empty()) return 1;
+    char text[512];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    const char* start = text;
+    const size_t name = sizeof kStreamName - 1;
+    if (std::strncmp(start, kStreamName, name) == 0 && start[name] == ':' && start[name + 1] == ' ')
+        start += name + 2;
+    messages->error = LibraryReason(start, "damaged TIFF file");
+    return 1;
+}
+
+// Refuses with libtiff's first error, or `fallback` when it gave none.
+int32_t RefuseWith(const TiffMessages& messages, const char* fallback)
+{
+    return Refuse(messages.error.empty() ? std::string(fallback) : messages.error);
+}
 
 int TiffWarningHandler(TIFF*, void* data, const char*, const char* format, va_list arguments)
 {
@@ -144,9 +171,9 @@ TiffHandle OpenTiff(TiffStream& io, const char* mode, TiffMessages* messages)
     std::unique_ptr<TIFFOpenOptions, TiffOptionsFree> options(TIFFOpenOptionsAlloc());
     if (!options) return nullptr;
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(kMaxBufferBytes));
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TiffErrorHandler, nullptr);
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TiffErrorHandler, messages);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), TiffWarningHandler, messages);
-    return TiffHandle(TIFFClientOpenExt("image", mode, &io, TiffReadProc, TiffWriteProc,
+    return TiffHandle(TIFFClientOpenExt(kStreamName, mode, &io, TiffReadProc, TiffWriteProc,
                                         TiffSeekProc, TiffCloseProc, TiffSizeProc, TiffMapProc,
                                         TiffUnmapProc, options.get()));
 }
@@ -321,24 +348,25 @@ uint8_t SampleByte(const uint8_t* row, size_t index, int bits)
 struct RowSource {
     TIFF* tif = nullptr;
     const TiffFields* fields = nullptr;
-    std::vector<uint8_t> line;
-    std::vector<uint8_t> tile;
-    std::vector<uint8_t> band;  // one row of tiles joined side by side
+    ByteBuffer line;
+    ByteBuffer tile;
+    ByteBuffer band;  // one row of tiles joined side by side
     size_t tileRowBytes = 0;
     size_t bandRowBytes = 0;
     int64_t bandTop = -1;
 
+    // False with the reason.
     bool Init(TIFF* handle, const TiffFields& f)
     {
         tif = handle;
         fields = &f;
         if (!f.tiled) {
             const uint64_t bytes = TIFFScanlineSize64(tif);
-            if (bytes == 0 || bytes > static_cast<uint64_t>(kMaxBufferBytes)) return false;
-            line.assign(bytes, 0);
-            return true;
+            if (bytes == 0 || bytes > static_cast<uint64_t>(kMaxBufferBytes))
+                return Reject(FormatText("unusable scanline of %d bytes", bytes));
+            return Allocate(line, static_cast<int64_t>(bytes));
         }
-        if (f.tileWidth == 0 || f.tileLength == 0) return false;
+        if (f.tileWidth == 0 || f.tileLength == 0) return Reject("tiles of no size");
         const uint64_t tileBytes = TIFFTileSize64(tif);
         tileRowBytes = TIFFTileRowSize64(tif);
         const uint64_t across = (static_cast<uint64_t>(f.width) + f.tileWidth - 1) / f.tileWidth;
@@ -347,17 +375,17 @@ struct RowSource {
         if (tileBytes == 0 || tileRowBytes == 0 ||
             tileBytes < static_cast<uint64_t>(tileRowBytes) * f.tileLength ||
             bandBytes > static_cast<uint64_t>(kMaxBufferBytes))
-            return false;
-        tile.assign(tileBytes, 0);
-        band.assign(bandBytes, 0);
-        return true;
+            return Reject(
+                FormatText("unusable tiles of %d x %d pixels", f.tileWidth, f.tileLength));
+        return Allocate(tile, static_cast<int64_t>(tileBytes)) &&
+               Allocate(band, static_cast<int64_t>(bandBytes));
     }
 
     // Row y, or null when it cannot be decoded.
     const uint8_t* Row(uint32_t y)
     {
         if (!fields->tiled) {
-            return TIFFReadScanline(tif, line.data(), y, 0) < 0 ? nullptr : line.data();
+            return TIFFReadScanline(tif, line.get(), y, 0) < 0 ? nullptr : line.get();
         }
         const uint32_t length = fields->tileLength;
         const int64_t top = y - y % length;
@@ -365,23 +393,18 @@ struct RowSource {
             bandTop = -1;
             size_t column = 0;
             for (uint32_t x = 0; x < fields->width; x += fields->tileWidth, ++column) {
-                if (TIFFReadTile(tif, tile.data(), x, static_cast<uint32_t>(top), 0, 0) < 0)
+                if (TIFFReadTile(tif, tile.get(), x, static_cast<uint32_t>(top), 0, 0) < 0)
                     return nullptr;
                 for (uint32_t r = 0; r < length; ++r) {
-                    std::memcpy(&band[r * bandRowBytes + column * tileRowBytes],
-                                &tile[r * tileRowBytes], tileRowBytes);
+                    std::memcpy(band.get() + r * bandRowBytes + column * tileRowBytes,
+                                tile.get() + r * tileRowBytes, tileRowBytes);
                 }
             }
             bandTop = top;
         }
-        return &band[static_cast<size_t>(y - bandTop) * bandRowBytes];
+        return band.get() + static_cast<size_t>(y - bandTop) * bandRowBytes;
     }
 };
-
-int32_t StopCode(int32_t result)
-{
-    return result == kLibraryAbort ? kLibraryAbort : kLibraryFailed;
-}
 
 void FillGrayRamp(LibraryHeader& header)
 {
@@ -431,18 +454,18 @@ bool ReadColorMap(TIFF* tif, int bits, LibraryHeader& header, bool& blackWhite, 
 
 // Decodes the rows of the forms read here into output rows.
 int32_t ReadOwnRows(TIFF* tif, const TiffFields& f, Form form, bool invert,
-                    const LibraryReader& reader, int32_t outBytes)
+                    const LibraryReader& reader, int32_t outBytes, const TiffMessages& messages)
 {
     RowSource source;
-    if (!source.Init(tif, f)) return kLibraryFailed;
-    std::vector<uint8_t> out(static_cast<size_t>(outBytes), 0);
+    ByteBuffer out;
+    if (!source.Init(tif, f) || !Allocate(out, outBytes)) return kLibraryFailed;
     const int bits = f.bits;
     const size_t step = f.samples;
     const uint32_t width = f.width;
     for (uint32_t y = 0; y < f.height; ++y) {
         const uint8_t* row = source.Row(y);
-        if (!row) return kLibraryFailed;
-        uint8_t* o = out.data();
+        if (!row) return RefuseWith(messages, f.tiled ? "damaged tile" : "damaged strip");
+        uint8_t* o = out.get();
         switch (form) {
         case Form::Bits: {
             const size_t bytes = (width + 7) / 8;
@@ -475,11 +498,11 @@ int32_t ReadOwnRows(TIFF* tif, const TiffFields& f, Form form, bool invert,
                 o[2] = static_cast<uint8_t>(k * (255u - SampleByte(row, x * step, bits)) / 255);
             }
             break;
-        case Form::Rgba: return kLibraryFailed;
+        case Form::Rgba: return Refuse("no decoder for this layout");
         }
         const int32_t result =
-            reader.row(out.data(), reader.context, static_cast<int32_t>(y), outBytes);
-        if (result != 0) return StopCode(result);
+            reader.row(out.get(), reader.context, static_cast<int32_t>(y), outBytes);
+        if (result != 0) return Stopped(result);
     }
     return 0;
 }
@@ -489,11 +512,13 @@ struct RgbaImageEnd {
 };
 
 // Everything else, through libtiff's RGBA reader, a band of rows at a time.
-int32_t ReadRgbaRows(TIFF* tif, const TiffFields& f, const LibraryReader& reader, int32_t outBytes)
+int32_t ReadRgbaRows(TIFF* tif, const TiffFields& f, const LibraryReader& reader, int32_t outBytes,
+                     const TiffMessages& messages)
 {
     TIFFRGBAImage image{};
     char message[1024] = {};
-    if (!TIFFRGBAImageBegin(&image, tif, 1, message)) return kLibraryFailed;
+    if (!TIFFRGBAImageBegin(&image, tif, 1, message))
+        return Refuse(LibraryReason(message, "unsupported layout"));
     std::unique_ptr<TIFFRGBAImage, RgbaImageEnd> end(&image);
     image.req_orientation = image.orientation;  // rows as stored, no flipping
 
@@ -503,27 +528,31 @@ int32_t ReadRgbaRows(TIFF* tif, const TiffFields& f, const LibraryReader& reader
     bandRows = std::clamp<uint32_t>(bandRows, 1, f.height);
     const uint64_t rowPixels = f.width;
     const uint64_t limit = static_cast<uint64_t>(kMaxBufferBytes) / 4 / rowPixels;
-    if (limit == 0) return kLibraryFailed;
+    if (limit == 0) return Refuse(FormatText("rows of %d pixels are too wide", f.width));
     bandRows = static_cast<uint32_t>(std::min<uint64_t>(bandRows, limit));
-    std::vector<uint32_t> raster(rowPixels * bandRows, 0);
-    std::vector<uint8_t> out(static_cast<size_t>(outBytes), 0);
+    // libtiff fills whole 32-bit pixels, so this one buffer is of those.
+    std::unique_ptr<uint32_t[]> raster(new (std::nothrow) uint32_t[rowPixels * bandRows]);
+    ByteBuffer out;
+    if (!raster) return Refuse("out of memory");
+    if (!Allocate(out, outBytes)) return kLibraryFailed;
 
     for (uint32_t top = 0; top < f.height; top += bandRows) {
         const uint32_t rows = std::min(bandRows, f.height - top);
         image.row_offset = static_cast<int>(top);
         image.col_offset = 0;
-        if (!TIFFRGBAImageGet(&image, raster.data(), f.width, rows)) return kLibraryFailed;
+        if (!TIFFRGBAImageGet(&image, raster.get(), f.width, rows))
+            return RefuseWith(messages, f.tiled ? "damaged tile" : "damaged strip");
         for (uint32_t r = 0; r < rows; ++r) {
-            const uint32_t* pixel = &raster[r * rowPixels];
-            uint8_t* o = out.data();
+            const uint32_t* pixel = raster.get() + r * rowPixels;
+            uint8_t* o = out.get();
             for (uint32_t x = 0; x < f.width; ++x, o += 3) {
                 o[0] = static_cast<uint8_t>(TIFFGetB(pixel[x]));
                 o[1] = static_cast<uint8_t>(TIFFGetG(pixel[x]));
                 o[2] = static_cast<uint8_t>(TIFFGetR(pixel[x]));
             }
             const int32_t result =
-                reader.row(out.data(), reader.context, static_cast<int32_t>(top + r), outBytes);
-            if (result != 0) return StopCode(result);
+                reader.row(out.get(), reader.context, static_cast<int32_t>(top + r), outBytes);
+            if (result != 0) return Stopped(result);
         }
     }
     return 0;
@@ -557,13 +586,13 @@ bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
              TIFFSetField(tif, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
     }
     if (ok && palette) {
-        std::vector<uint16_t> red(256), green(256), blue(256);
+        uint16_t red[256], green[256], blue[256];
         for (int i = 0; i < 256; ++i) {
             blue[i] = static_cast<uint16_t>(header.palette[i][0] * 257);
             green[i] = static_cast<uint16_t>(header.palette[i][1] * 257);
             red[i] = static_cast<uint16_t>(header.palette[i][2] * 257);
         }
-        ok = TIFFSetField(tif, TIFFTAG_COLORMAP, red.data(), green.data(), blue.data());
+        ok = TIFFSetField(tif, TIFFTAG_COLORMAP, red, green, blue);
     }
     return ok;
 }
@@ -584,40 +613,45 @@ std::string TiffVersion()
 
 int32_t TiffRead(File& file, const LibraryReader& reader)
 {
-    TiffStream io{&file, 0};
+    TiffStream io{&file, 0, 0};
     int64_t fileSize = 0;
-    if (!file.stream || FileTell(file, io.base) != 0 || FileSize(file, fileSize) != 0)
-        return kLibraryFailed;
+    if (!file.stream) return Refuse("no open file");
+    if (FileTell(file, io.base) != 0 || FileSize(file, fileSize) != 0)
+        return Refuse(SystemReason("cannot size the file"));
     fileSize -= io.base;
-    if (fileSize < 8) return kLibraryFailed;
+    if (fileSize < 8) return Refuse("not a TIFF file");
     TiffMessages messages;
     TiffHandle tif = OpenTiff(io, "rm", &messages);
-    if (!tif) return kLibraryFailed;
+    if (!tif) return RefuseWith(messages, "not a TIFF file");
     // Only the first picture is read, but a chain of directories that loops
     // marks a damaged file. Counting them walks the chain without leaving
     // the first directory.
     TIFFNumberOfDirectories(tif.get());
-    if (messages.loop) return kLibraryFailed;
+    if (messages.loop) return Refuse("directory chain loops");
 
     TiffFields f;
     ReadFields(tif.get(), f);
-    if (f.width == 0 || f.height == 0 || f.width > INT32_MAX || f.height > INT32_MAX ||
-        f.samples == 0 || f.bits == 0)
-        return kLibraryFailed;
-    if (!SizeIsPlausible(tif.get(), f, fileSize)) return kLibraryFailed;
+    const std::string claimed = FormatText("header claims %d x %d pixels", f.width, f.height);
+    if (f.width == 0 || f.height == 0 || f.width > INT32_MAX || f.height > INT32_MAX)
+        return Refuse(claimed);
+    if (f.samples == 0 || f.bits == 0)
+        return Refuse(FormatText("unsupported %d samples of %d bits", f.samples, f.bits));
+    if (!SizeIsPlausible(tif.get(), f, fileSize)) return Refuse(claimed);
 
     Form form = ChooseForm(f);
     if (form == Form::Rgba) {
         RepairYCbCrWeights(tif.get(), f);
         char message[1024] = {};
-        if (!TIFFRGBAImageOK(tif.get(), message)) return kLibraryFailed;
+        if (!TIFFRGBAImageOK(tif.get(), message))
+            return Refuse(LibraryReason(message, "unsupported layout"));
     }
     LibraryHeader header;
     bool invert = f.photometric == PHOTOMETRIC_MINISWHITE;
     if (form == Form::Palette) {
         bool blackWhite = false;
         bool whiteFirst = false;
-        if (!ReadColorMap(tif.get(), f.bits, header, blackWhite, whiteFirst)) return kLibraryFailed;
+        if (!ReadColorMap(tif.get(), f.bits, header, blackWhite, whiteFirst))
+            return Refuse("palette file without a colour map");
         if (blackWhite) {
             form = Form::Bits;
             invert = whiteFirst;
@@ -638,10 +672,10 @@ int32_t TiffRead(File& file, const LibraryReader& reader)
         header.bitsPerPixel = 24;
     }
 
-    const int64_t outBytes = header.bitsPerPixel == 1   ? (int64_t{f.width} + 7) / 8
-                             : header.bitsPerPixel == 8 ? int64_t{f.width}
-                                                        : int64_t{f.width} * 3;
-    if (outBytes > kBlockBytes || outBytes * f.height > kMaxPictureBytes) return kLibraryFailed;
+    const int64_t outBytes = RowBytes(f.width, header.bitsPerPixel);
+    if (outBytes > kBlockBytes)
+        return Refuse(FormatText("rows of %d pixels are too wide", f.width));
+    if (outBytes * f.height > kMaxPictureBytes) return Refuse(claimed);
 
     header.width = static_cast<int32_t>(f.width);
     header.height = static_cast<int32_t>(f.height);
@@ -650,33 +684,40 @@ int32_t TiffRead(File& file, const LibraryReader& reader)
     if (header.yResolution == 0) header.yResolution = header.xResolution;
 
     const int32_t started = reader.header(header, reader.context);
-    if (started != 0) return StopCode(started);
+    if (started != 0) return Stopped(started);
     if (form == Form::Rgba)
-        return ReadRgbaRows(tif.get(), f, reader, static_cast<int32_t>(outBytes));
-    return ReadOwnRows(tif.get(), f, form, invert, reader, static_cast<int32_t>(outBytes));
+        return ReadRgbaRows(tif.get(), f, reader, static_cast<int32_t>(outBytes), messages);
+    return ReadOwnRows(tif.get(), f, form, invert, reader, static_cast<int32_t>(outBytes),
+                       messages);
 }
 
 int32_t TiffWrite(File& file, const LibraryWriter& writer)
 {
     const LibraryHeader& header = *writer.header;
+    if (int32_t refused = CheckWriteHeader(header)) return refused;
+    if (!file.stream) return Refuse("no open file");
     const int32_t bits = header.bitsPerPixel;
-    if (bits != 1 && bits != 8 && bits != 24) return kLibraryFailed;
-    if (header.width <= 0 || header.height <= 0 || !file.stream) return kLibraryFailed;
-    const int64_t rowBytes = bits == 1   ? (int64_t{header.width} + 7) / 8
-                             : bits == 8 ? int64_t{header.width}
-                                         : int64_t{header.width} * 3;
+    const int64_t rowBytes = RowBytes(header.width, bits);
 
-    TiffStream io{&file, 0};
-    if (FileTell(file, io.base) != 0) return kLibraryFailed;
-    TiffHandle tif = OpenTiff(io, "w", nullptr);
-    if (!tif || !SetWriteFields(tif.get(), header)) return kLibraryFailed;
-    if (TIFFScanlineSize64(tif.get()) != static_cast<uint64_t>(rowBytes)) return kLibraryFailed;
+    TiffStream io{&file, 0, 0};
+    if (FileTell(file, io.base) != 0) return Refuse(SystemReason("cannot write the file"));
+    TiffMessages messages;
+    // A write the file refused is told by the system's reason, not libtiff's.
+    auto failed = [&](const char* fallback) {
+        return io.writeError != 0 ? Refuse(std::strerror(io.writeError))
+                                  : RefuseWith(messages, fallback);
+    };
+    TiffHandle tif = OpenTiff(io, "w", &messages);
+    if (!tif || !SetWriteFields(tif.get(), header))
+        return RefuseWith(messages, "cannot start the TIFF file");
+    if (TIFFScanlineSize64(tif.get()) != static_cast<uint64_t>(rowBytes))
+        return Refuse(FormatText("unexpected scanline of %d bytes", TIFFScanlineSize64(tif.get())));
 
-    std::vector<uint8_t> row(static_cast<size_t>(rowBytes), 0);
-    std::vector<uint8_t> line(static_cast<size_t>(rowBytes), 0);
+    ByteBuffer row, line;
+    if (!Allocate(row, rowBytes) || !Allocate(line, rowBytes)) return kLibraryFailed;
     for (int32_t y = 0; y < header.height; ++y) {
-        const int32_t result = writer.row(writer.context, row.data(), y);
-        if (result != 0) return StopCode(result);
+        const int32_t result = writer.row(writer.context, row.get(), y);
+        if (result != 0) return Stopped(result);
         if (bits == 24) {
             for (int64_t i = 0; i < rowBytes; i += 3) {
                 line[i] = row[i + 2];
@@ -684,14 +725,16 @@ int32_t TiffWrite(File& file, const LibraryWriter& writer)
                 line[i + 2] = row[i];
             }
         } else {
-            line = row;  // the encoder may change the buffer it is given
+            // The encoder may change the buffer it is given.
+            std::memcpy(line.get(), row.get(), row.size);
         }
-        if (TIFFWriteScanline(tif.get(), line.data(), static_cast<uint32_t>(y), 0) < 0)
-            return kLibraryFailed;
+        if (TIFFWriteScanline(tif.get(), line.get(), static_cast<uint32_t>(y), 0) < 0)
+            return failed("cannot write the file");
     }
-    if (!TIFFFlush(tif.get())) return kLibraryFailed;
-    tif.reset();
-    return std::ferror(file.stream) ? kLibraryFailed : 0;
+    if (!TIFFFlush(tif.get())) return failed("cannot write the file");
+    tif.reset();  // writes the directory
+    if (io.writeError != 0 || std::ferror(file.stream)) return failed("cannot write the file");
+    return 0;
 }
 
 }  // namespace lv

@@ -1,5 +1,7 @@
 #include "shell/errors.h"
 
+#include <utility>
+
 #include "shell/frontend.h"
 
 namespace lv {
@@ -113,6 +115,14 @@ const char* ErrorText(int32_t code)
     if (code < 0 || code >= kErrorTableSize) return "Unrecognized Error";
     return kErrorTexts[code];
 }
+
+namespace {
+thread_local std::string tErrorDetail;
+}  // namespace
+
+void SetErrorDetail(std::string detail) { tErrorDetail = std::move(detail); }
+const std::string& ErrorDetail() { return tErrorDetail; }
+void ClearErrorDetail() { tErrorDetail.clear(); }
 
 const char* ErrorCaption(int32_t code) { return code == kErrAborted ? "Attention" : "Error"; }
 

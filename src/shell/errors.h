@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace lv {
 
@@ -49,6 +50,15 @@ const char* ErrorText(int32_t code);
 // The caption a code is shown under: "Attention" for the user's abort (11),
 // "Error" for everything else.
 const char* ErrorCaption(int32_t code);
+
+// The particulars of the last failure on this thread, kept beside its code
+// for the command line: a codec's reason ("header claims 100000 x 100000
+// pixels", "truncated strip") or the system's ("No such file or directory").
+// The editor shows only the code's text. A failing call sets it where the
+// reason is known; a command clears it before its work starts.
+void SetErrorDetail(std::string detail);
+const std::string& ErrorDetail();
+void ClearErrorDetail();
 
 // Shows the code's text through the installed front end (see frontend.h).
 // Does nothing for 0.

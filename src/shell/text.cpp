@@ -52,11 +52,15 @@ int32_t FileOpenRead(const std::string& path, File& file)
 {
     FileClose(file);
     std::FILE* stream = std::fopen(path.c_str(), "rb");
-    if (!stream) return kErrCannotOpen;
+    if (!stream) {
+        SetErrorDetail(std::strerror(errno));
+        return kErrCannotOpen;
+    }
     // fopen happily opens a directory for reading; only its reads fail.
     struct stat info;
     if (fstat(fileno(stream), &info) != 0 || S_ISDIR(info.st_mode)) {
         std::fclose(stream);
+        SetErrorDetail(std::strerror(EISDIR));
         return kErrCannotOpen;
     }
     file.stream = stream;
@@ -68,7 +72,9 @@ int32_t FileCreate(const std::string& path, File& file)
     FileClose(file);
     std::FILE* stream = std::fopen(path.c_str(), "wb");
     if (!stream) {
-        return errno == EACCES || errno == EPERM || errno == EROFS ? kErrReadOnlyDisk
+        const int error = errno;
+        SetErrorDetail(std::strerror(error));
+        return error == EACCES || error == EPERM || error == EROFS ? kErrReadOnlyDisk
                                                                    : kErrCannotCreate;
     }
     file.stream = stream;

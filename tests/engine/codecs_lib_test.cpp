@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "files/library.h"
+#include "shell/errors.h"
 #include "shell/text.h"
 
 namespace lv {
@@ -187,7 +188,64 @@ TEST(LibraryCodecs, AbortFromACallbackStopsAndIsReturned)
     const Picture color = MakePicture(24, 4, 4, true);
     const std::string path = TempPath(".gif");
     EXPECT_EQ(WritePath(kGif, path, color), kLibraryFailed);
+    EXPECT_EQ(ErrorDetail(), "GIF holds only 1 and 8-bit pictures");
     fs::remove(path);
+}
+
+// A refusal leaves the library's words, or ours, for what was wrong.
+TEST(LibraryCodecs, RefusalsNameTheirReason)
+{
+    const std::string text = TempPath(".txt");
+    {
+        File file;
+        ASSERT_EQ(FileCreate(text, file), 0);
+        const std::string words = "this is no picture but a line of text\n";
+        ASSERT_EQ(FileWrite(file, static_cast<int64_t>(words.size()), words.data()), 0);
+    }
+    const struct {
+        const Codec* codec;
+        const char* reason;
+    } cases[] = {{&kPng, "not a PNG file"},
+                 {&kGif, "data is not in GIF format"},
+                 {&kTiff, "not a TIFF or MDI file, bad magic number 26740 (0x6874)"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.codec->extension);
+        Sink sink;
+        ClearErrorDetail();
+        EXPECT_EQ(ReadPath(*c.codec, text, sink), kLibraryFailed);
+        EXPECT_EQ(ErrorDetail(), c.reason);
+    }
+    fs::remove(text);
+
+    // A PNG cut short inside its image data.
+    const std::string path = TempPath(".png");
+    ASSERT_EQ(WritePath(kPng, path, MakePicture(24, 64, 64, true)), 0);
+    fs::resize_file(path, fs::file_size(path) / 2);
+    Sink sink;
+    ClearErrorDetail();
+    EXPECT_EQ(ReadPath(kPng, path, sink), kLibraryFailed);
+    EXPECT_EQ(ErrorDetail(), "truncated file");
+    fs::remove(path);
+
+    // A full disk gives the system's reason, once more bytes than a stream
+    // buffer holds are written: noise, which does not compress. (TIFF seeks
+    // about its file, which a device cannot do.)
+    if (!fs::exists("/dev/full")) return;
+    Picture picture = MakePicture(8, 300, 200, false);
+    uint32_t noise = 12345;
+    for (auto& row : picture.rows)
+        for (uint8_t& byte : row)
+            byte = static_cast<uint8_t>((noise = noise * 1103515245 + 12345) >> 16);
+    for (const Codec* codec : {&kPng, &kGif}) {
+        SCOPED_TRACE(codec->extension);
+        Source source{&picture};
+        File full;
+        ASSERT_EQ(FileCreate("/dev/full", full), 0);
+        ClearErrorDetail();
+        EXPECT_EQ(codec->write(full, LibraryWriter{&picture.header, GiveRow, &source}),
+                  kLibraryFailed);
+        EXPECT_EQ(ErrorDetail(), "No space left on device");
+    }
 }
 
 TEST(LibraryCodecs, VersionsNameTheLibraries)

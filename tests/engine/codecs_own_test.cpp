@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "files/library.h"
+#include "shell/errors.h"
 #include "shell/text.h"
 
 #ifndef LUMIVUE_TESTDATA
@@ -302,18 +303,87 @@ TEST(OwnCodecs, HostileHeadersAreRefusedBeforeAnyAllocation)
         const char* name;
         ReadFunction read;
         std::vector<uint8_t>& bytes;
-    } cases[] = {{"huge.bmp", BmpRead, bmp},
-                 {"rle.bmp", BmpRead, bmpRle},
-                 {"huge.tga", TargaRead, targa},
-                 {"huge.pcx", PcxRead, pcx},
-                 {"zero.bmp", BmpRead, bmpZeroWidth}};
+        const char* reason;
+    } cases[] = {{"huge.bmp", BmpRead, bmp, "header claims 100000 x 100000 pixels"},
+                 {"rle.bmp", BmpRead, bmpRle, "header claims 30000 x 30000 pixels"},
+                 {"huge.tga", TargaRead, targa, "header claims 65535 x 65535 pixels"},
+                 {"huge.pcx", PcxRead, pcx, "header claims 65535 x 65535 pixels"},
+                 {"zero.bmp", BmpRead, bmpZeroWidth, "header claims 0 x 4 pixels"}};
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
         Picture in;
+        ClearErrorDetail();
         EXPECT_EQ(ReadPicture(test.read, dir.Write(test.name, test.bytes), in), kLibraryFailed);
+        EXPECT_EQ(ErrorDetail(), test.reason);
         EXPECT_EQ(in.headerCalls, 0);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+// Each refusal leaves a reason that says what was wrong with the file.
+TEST(OwnCodecs, RefusalsNameTheirReason)
+{
+    TempDir dir;
+    std::vector<uint8_t> notBmp = BmpHeaders(4, 4, 8, 0, 256);
+    notBmp[1] = 'X';
+    std::vector<uint8_t> depth = BmpHeaders(4, 4, 7, 0, 0);
+    depth.resize(depth.size() + 64, 0);
+    std::vector<uint8_t> rleColour = BmpHeaders(4, 4, 24, 1, 0);
+    rleColour.resize(rleColour.size() + 64, 0);
+    std::vector<uint8_t> targaType = TargaHeader(5, 4, 4, 8, 0);
+    targaType.resize(targaType.size() + 16, 0);
+    std::vector<uint8_t> targaCut = TargaHeader(3, 4, 4, 8, 0);
+    targaCut.resize(targaCut.size() + 16, 0);  // 16 pixels as they are
+    targaCut.pop_back();
+    std::vector<uint8_t> pcxVersion = PcxHeader(4, 4, 1, 4);
+    pcxVersion[1] = 1;
+    pcxVersion.resize(pcxVersion.size() + 16, 0);
+    std::vector<uint8_t> pcxCut = PcxHeader(4, 4, 1, 4);
+    for (uint8_t byte : {0xC8, 1, 0xC7, 2}) pcxCut.push_back(byte);  // 15 of 16 bytes
+
+    const struct {
+        const char* name;
+        ReadFunction read;
+        std::vector<uint8_t>& bytes;
+        const char* reason;
+    } cases[] = {
+        {"not.bmp", BmpRead, notBmp, "not a BMP file"},
+        {"depth.bmp", BmpRead, depth, "unsupported depth of 7 bits"},
+        {"rle.bmp", BmpRead, rleColour, "unsupported compression 1 with 24 bits"},
+        {"type.tga", TargaRead, targaType, "unsupported image type 5"},
+        {"cut.tga", TargaRead, targaCut, "header claims 4 x 4 pixels"},
+        {"version.pcx", PcxRead, pcxVersion, "unknown PCX version 1"},
+        {"cut.pcx", PcxRead, pcxCut, "truncated pixel data"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        Picture in;
+        ClearErrorDetail();
+        EXPECT_EQ(ReadPicture(test.read, dir.Write(test.name, test.bytes), in), kLibraryFailed);
+        EXPECT_EQ(ErrorDetail(), test.reason);
+    }
+
+    // Writers refuse what their format cannot hold, before writing a byte.
+    Picture wide = MakePicture(Kind::Gray, 70000, 1, 0);
+    ClearErrorDetail();
+    EXPECT_EQ(WritePicture(TargaWrite, dir.File("wide.tga"), wide), kLibraryFailed);
+    EXPECT_EQ(ErrorDetail(), "cannot write a picture of 70000 x 1 pixels");
+    EXPECT_TRUE(FileBytes(dir.File("wide.tga")).empty());
+    Picture nibbles = MakePicture(Kind::Gray, 8, 2, 0);
+    nibbles.header.bitsPerPixel = 4;
+    EXPECT_EQ(WritePicture(BmpWrite, dir.File("nibbles.bmp"), nibbles), kLibraryFailed);
+    EXPECT_EQ(ErrorDetail(), "cannot write pictures of 4 bits a pixel");
+
+    // A full disk gives the system's reason.
+    if (!fs::exists("/dev/full")) return;
+    Picture colour = MakePicture(Kind::Colour, 300, 200, 0);
+    for (WriteFunction write : {BmpWrite, TargaWrite, PcxWrite, EpsWrite}) {
+        File full;
+        ASSERT_EQ(FileCreate("/dev/full", full), 0);
+        ClearErrorDetail();
+        EXPECT_EQ(write(full, LibraryWriter{&colour.header, ProvideRow, &colour}), kLibraryFailed);
+        EXPECT_EQ(ErrorDetail(), "No space left on device");
+    }
 }
 
 TEST(OwnCodecs, TruncatedFilesFail)

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include <unistd.h>
 
@@ -136,11 +137,40 @@ TEST(FileWriting, FailuresAndAbortsLeaveTheOldFileAlone)
     for (const auto& entry : fs::directory_iterator(dir.path)) files += entry.is_regular_file();
     EXPECT_EQ(files, 1u);  // no temporary file left behind
 
-    // Into a folder that does not exist: a file error, nothing written.
     fe.abortAtStep = -1;
-    EXPECT_NE(WriteImageFile(dir / "missing/x.png", kSavePng, color, SaveOptions()), 0);
     EXPECT_EQ(WriteImageFile(path, kSaveTiff, color, SaveOptions()), 0);
     EXPECT_NE(Contents(path), "old contents");
+}
+
+// Every format turns a file it cannot create into its own write error, with
+// the system's reason, and leaves nothing behind: not in a missing folder,
+// and not when the finished file cannot take the place of a folder.
+TEST(FileWriting, UncreatableFilesGiveEachFormatsWriteError)
+{
+    TempDir dir;
+    Image gray;  // a kind every filter takes
+    ASSERT_EQ(MakeTestCard(gray, kImageGray, 30, 20), 0);
+    const struct {
+        const char* name;
+        int32_t code;
+    } cases[] = {{"out.tif", 57}, {"out.png", 49}, {"out.bmp", 29}, {"out.tga", 26},
+                 {"out.pcx", 51}, {"out.gif", 54}, {"out.eps", 59}, {"out.jpg", 23}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = dir / (std::string("missing/") + c.name).c_str();
+        ClearErrorDetail();
+        EXPECT_EQ(WriteImageFile(path, SaveFilterFromName(path), gray, SaveOptions()), c.code);
+        EXPECT_EQ(ErrorDetail(), "No such file or directory");
+    }
+    EXPECT_TRUE(fs::is_empty(dir.path));
+
+    // The temporary file is written, but a folder stands where it should go.
+    fs::create_directory(dir / "taken.tif");
+    ClearErrorDetail();
+    EXPECT_EQ(WriteImageFile(dir / "taken.tif", kSaveTiff, gray, SaveOptions()), 57);
+    EXPECT_EQ(ErrorDetail(), "Is a directory");
+    // The folder alone: the temporary file is deleted.
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), fs::directory_iterator()), 1);
 }
 
 TEST(FileReading, ContentsDecideAndErrorsAreTheFormats)
@@ -153,9 +183,11 @@ TEST(FileReading, ContentsDecideAndErrorsAreTheFormats)
     }
     Image image;
     EXPECT_EQ(ReadImageFile(text, kTypePng, image, false), 48);
+    EXPECT_EQ(ErrorDetail(), "not a PNG file");
     EXPECT_EQ(ReadImageFile(text, kTypeBmp, image, false), 28);
-    EXPECT_EQ(ReadImageFile(dir / "absent.tif", kTypeTiff, image, false), kErrCannotOpen);
+    EXPECT_EQ(ErrorDetail(), "not a BMP file");
     EXPECT_EQ(ReadImageFile(text, kTypeFlashPix, image, false), 45);
+    EXPECT_EQ(ErrorDetail(), "no reader for FlashPix files");
 
     // A JPEG under another name is read as JPEG.
     Image gray;
@@ -166,6 +198,65 @@ TEST(FileReading, ContentsDecideAndErrorsAreTheFormats)
     EXPECT_EQ(ReadImageFile(slide, kTypeTiff, image, false), 0);
     EXPECT_EQ(image.kind, kImageGray);
     EXPECT_EQ(image.width, 40);
+}
+
+// Every format turns a file it cannot open into its own read error, with
+// the system's reason.
+TEST(FileReading, UnopenableFilesGiveEachFormatsReadError)
+{
+    TempDir dir;
+    const struct {
+        const char* name;
+        int32_t code;
+    } cases[] = {{"absent.tif", 56}, {"absent.png", 48}, {"absent.bmp", 28}, {"absent.tga", 25},
+                 {"absent.pcx", 50}, {"absent.gif", 53}, {"absent.jpg", 22}, {"absent.pcd", 90}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = dir / c.name;
+        Image image;
+        ClearErrorDetail();
+        EXPECT_EQ(ReadImageFile(path, FileTypeFromName(path), image, false), c.code);
+        EXPECT_EQ(ErrorDetail(), "No such file or directory");
+    }
+    fs::create_directory(dir / "folder.bmp");
+    Image image;
+    ClearErrorDetail();
+    EXPECT_EQ(ReadImageFile(dir / "folder.bmp", kTypeBmp, image, false), 28);
+    EXPECT_EQ(ErrorDetail(), "Is a directory");
+}
+
+// A refused file gives its type's read error and the codec's reason.
+TEST(FileReading, RefusalsNameTheirReason)
+{
+    TempDir dir;
+    Image image;
+
+    // A BMP header of 100000 by 100000 colour pixels over 16 bytes of data.
+    std::string bmp(54 + 16, '\x55');
+    auto put32 = [&](size_t at, uint32_t v) {
+        for (int i = 0; i < 4; ++i) bmp[at + i] = static_cast<char>(v >> (8 * i));
+    };
+    bmp[0] = 'B';
+    bmp[1] = 'M';
+    for (size_t at = 2; at < 54; at += 4) put32(at, 0);
+    put32(10, 54);            // the pixels' offset
+    put32(14, 40);            // the header's size
+    put32(18, 100000);        // width
+    put32(22, 100000);        // height
+    put32(26, 1 | 24 << 16);  // one plane of 24 bits
+    std::ofstream(dir / "huge.bmp", std::ios::binary) << bmp;
+    EXPECT_EQ(ReadImageFile(dir / "huge.bmp", kTypeBmp, image, false), 28);
+    EXPECT_EQ(ErrorDetail(), "header claims 100000 x 100000 pixels");
+
+    // A TIFF cut short: libtiff's own words for what it missed.
+    Image card;
+    ASSERT_EQ(MakeTestCard(card, kImageColor, 120, 90), 0);
+    ASSERT_EQ(WriteImageFile(dir / "whole.tif", kSaveTiff, card, SaveOptions()), 0);
+    const std::string whole = Contents(dir / "whole.tif");
+    std::ofstream(dir / "cut.tif", std::ios::binary) << whole.substr(0, whole.size() / 2);
+    ClearErrorDetail();
+    EXPECT_EQ(ReadImageFile(dir / "cut.tif", kTypeTiff, image, false), 56);
+    EXPECT_NE(ErrorDetail().find("TIFF directory"), std::string::npos) << ErrorDetail();
 }
 
 }  // namespace

@@ -132,7 +132,9 @@ TEST(Jpeg, BadFilesAndImagesFailWithTheirCodes)
     Image read;
     std::ofstream(dir / "text.jpg") << "not a picture at all";
     EXPECT_EQ(JPEGRead(dir / "text.jpg", read, true), 22);
+    EXPECT_EQ(ErrorDetail(), "not a JPEG file");
     EXPECT_EQ(JPEGRead(dir / "missing.jpg", read, true), 22);
+    EXPECT_EQ(ErrorDetail(), "No such file or directory");
 
     // A small file whose header claims 60000 by 60000 pixels fails at once,
     // and one cut short is refused rather than shown with a gray remainder.
@@ -145,12 +147,41 @@ TEST(Jpeg, BadFilesAndImagesFailWithTheirCodes)
     bytes.replace(bytes.find("\xFF\xC0") + 5, 4, "\xEA\x60\xEA\x60");
     std::ofstream(dir / "bomb.jpg", std::ios::binary) << bytes;
     EXPECT_EQ(JPEGRead(dir / "bomb.jpg", read, true), 22);
+    EXPECT_EQ(ErrorDetail(), "header claims 60000 x 60000 pixels");
 
     Image binary;
     ASSERT_EQ(ImageAlloc(binary, kImageBinary, 64, 64, 72.0), 0);
     EXPECT_EQ(JPEGWrite(dir / "binary.jpg", binary, 90, 0, nullptr), 23);
+    EXPECT_EQ(ErrorDetail(), "JPEG holds only gray and colour pictures");
     EXPECT_FALSE(fs::exists(dir / "binary.jpg"));
     EXPECT_EQ(JPEGWrite(dir / "no/such/folder.jpg", small, 90, 0, nullptr), 23);
+    EXPECT_EQ(ErrorDetail(), "No such file or directory");
+}
+
+// A file that is complete but for its end marker opens with all its rows; one
+// cut inside its scan is refused.
+TEST(Jpeg, EndMarkerMayBeMissingButNotThePictureData)
+{
+    TempDir dir;
+    for (int32_t kind : {kImageGray, kImageColor}) {
+        SCOPED_TRACE(kind);
+        ASSERT_EQ(
+            JPEGWrite(dir / "whole.jpg", Picture(kind, 203, 151), 90, kJpegSampling422, nullptr),
+            0);
+        const std::string bytes = Contents(dir / "whole.jpg");
+        ASSERT_EQ(bytes.substr(bytes.size() - 2), "\xFF\xD9");
+        std::ofstream(dir / "no_end.jpg", std::ios::binary) << bytes.substr(0, bytes.size() - 2);
+        std::ofstream(dir / "half.jpg", std::ios::binary) << bytes.substr(0, bytes.size() / 2);
+
+        Image whole, unended, half;
+        ASSERT_EQ(JPEGRead(dir / "whole.jpg", whole, false), 0);
+        ASSERT_EQ(JPEGRead(dir / "no_end.jpg", unended, false), 0);
+        EXPECT_EQ(MeanError(whole, unended), 0.0);
+        ClearErrorDetail();
+        EXPECT_EQ(JPEGRead(dir / "half.jpg", half, false), 22);
+        EXPECT_EQ(ErrorDetail(), "premature end of JPEG file");
+        EXPECT_EQ(half.kind, kImageEmpty);
+    }
 }
 
 TEST(Jpeg, PaletteSummarisesTheColours)
@@ -193,6 +224,34 @@ TEST(Jpeg, SharedFilesOpenAndDamagedOnesFailCleanly)
     ASSERT_EQ(JPEGRead((kData / "jpeg/s_cmyk.jpg").string(), cmyk, false), 0);
     ASSERT_EQ(JPEGRead((kData / "jpeg/s_baseline_444.jpg").string(), rgb, false), 0);
     EXPECT_LT(MeanError(cmyk, rgb), 6.0);
+
+    // A progressive file without its end marker opens; one that stops
+    // between two scans is refused, though libjpeg could show it coarser.
+    // Arithmetic-coded data shows no sign of where it was cut, so such a
+    // file must be whole.
+    {
+        const std::string progressive = Contents((kData / "jpeg/s_progressive.jpg").string());
+        const std::string arithmetic = Contents((kData / "jpeg/s_arithmetic.jpg").string());
+        ASSERT_EQ(progressive.substr(progressive.size() - 2), "\xFF\xD9");
+        ASSERT_EQ(arithmetic.substr(arithmetic.size() - 2), "\xFF\xD9");
+        TempDir dir;
+        std::ofstream(dir / "no_end.jpg", std::ios::binary)
+            << progressive.substr(0, progressive.size() - 2);
+        std::ofstream(dir / "between.jpg", std::ios::binary)
+            << progressive.substr(0, progressive.rfind("\xFF\xDA"));
+        std::ofstream(dir / "arithmetic.jpg", std::ios::binary)
+            << arithmetic.substr(0, arithmetic.size() - 2);
+        Image whole, image;
+        ASSERT_EQ(JPEGRead((kData / "jpeg/s_progressive.jpg").string(), whole, false), 0);
+        ASSERT_EQ(JPEGRead(dir / "no_end.jpg", image, false), 0);
+        EXPECT_EQ(MeanError(whole, image), 0.0);
+        ClearErrorDetail();
+        EXPECT_EQ(JPEGRead(dir / "between.jpg", image, false), 22);
+        EXPECT_EQ(ErrorDetail(), "premature end of JPEG file");
+        ClearErrorDetail();
+        EXPECT_EQ(JPEGRead(dir / "arithmetic.jpg", image, false), 22);
+        EXPECT_EQ(ErrorDetail(), "premature end of JPEG file");
+    }
 
     // Truncated and random files fail; flipped bytes may still decode.
     for (const auto& entry : fs::directory_iterator(kData / "corrupt")) {
