@@ -10,6 +10,7 @@
 #include <string>
 
 #include "image/image.h"
+#include "shell/messages.h"
 
 namespace lv {
 
@@ -65,13 +66,6 @@ ImageWindow* SlotRecord(int32_t slot);
 ImageWindow* WindowRecord(WindowHandle window);
 
 // ---- Users ----------------------------------------------------------------------
-
-// Private messages sent to users of an image window.
-enum UserMessage : int32_t {
-    kMsgImageChanged = 1058,
-    kMsgImageRenamed = 1063,
-    kMsgViewChanged = 1066,
-};
 
 // Appends a record at the tail, so the oldest user stands at the head. 1
 // when memory runs out.

@@ -10,85 +10,86 @@ namespace lv {
 
 namespace {
 
-// Shorthands for the table: a command greyed while a panel is open, and one
-// whose module is not part of this build yet.
+// Shorthands for the table: a command greyed while a panel is open, and who
+// carries the command out.
 constexpr bool P = true;
 constexpr bool N = false;
-constexpr bool Built = true;
-constexpr bool Later = false;
+constexpr CommandOwner Frame = CommandOwner::Frame;
+constexpr CommandOwner Module = CommandOwner::Module;
+constexpr CommandOwner Later = CommandOwner::Later;
 
 const std::vector<Command> kCommands = {
     // File
     {kCmdNew, "&New...", kAlways, P, nullptr, kKindNew, Later},
-    {kCmdOpen, "&Open...", kAlways, N, nullptr, 0, Built},
+    {kCmdOpen, "&Open...", kAlways, N, nullptr, 0, Frame},
     {kCmdOpenPhotoCd, "Open &PhotoCD...", kAlways, P, nullptr, 18, Later},
     {kCmdBrowse, "&Browse...", kAlways, N, nullptr, 59, Later},
-    {kCmdSave, "&Save", kImageWindow, N, nullptr, 0, Built},
-    {kCmdSaveAs, "Save &As...", kImageWindow, N, nullptr, 0, Built},
-    {kCmdClose, "&Close", kActiveChild, N, nullptr, 0, Built},
-    {kCmdRevert, "&Revert", kSpecialRule, N, nullptr, 0, Built},
+    {kCmdSave, "&Save", kImageWindow, N, nullptr, 0, Frame},
+    {kCmdSaveAs, "Save &As...", kImageWindow, N, nullptr, 0, Frame},
+    {kCmdClose, "&Close", kActiveChild, N, nullptr, 0, Frame},
+    {kCmdRevert, "&Revert", kSpecialRule, N, nullptr, 0, Frame},
     {kCmdPrint, "&Print...", kImageWindow, N, nullptr, 44, Later},
     {kCmdPrintSetup, "Print Se&tup...", kAlways, N, nullptr, 0, Later},
     {kCmdSlideShow, "Sli&de Show...", kAlways, N, nullptr, 15, Later},
     {kCmdAcquire, "Ac&quire...", kAlways, N, nullptr, 0, Later},
     {kCmdSelectSource, "Select Sour&ce...", kAlways, N, nullptr, 0, Later},
-    {kCmdPreferences, "Pr&eferences...", kAlways, N, nullptr, kKindPreferences, Built},
+    {kCmdPreferences, "Pr&eferences...", kAlways, N, nullptr, kKindPreferences, Frame},
     {kCmdCalibrate, "Ca&librate...", kAlways, N, nullptr, kKindCalibration, Later},
-    {kCmdExit, "E&xit", kAlways, N, nullptr, 0, Built},
+    {kCmdExit, "E&xit", kAlways, N, nullptr, 0, Frame},
     // Edit
-    {kCmdUndo, "&Undo", kSpecialRule, N, "Ctrl+Z", 0, Built},
-    {kCmdUndoAll, "Undo &All", kSpecialRule, N, nullptr, 0, Built},
+    {kCmdUndo, "&Undo", kSpecialRule, N, "Ctrl+Z", 0, Frame},
+    {kCmdUndoAll, "Undo &All", kSpecialRule, N, nullptr, 0, Frame},
     {kCmdEditCopy, "&Copy", kImageWindow, N, nullptr, 0, Later},
     {kCmdPaste, "&Paste", kSpecialRule, N, nullptr, 0, Later},
     // Transformation: Geometry
-    {4001, "&Mirror/Rotate...", kImageWindow, P, nullptr, 19, Later},
-    {4002, "&Crop...", kImageWindow, P, nullptr, 3, Later},
-    {4003, "&Resize...", kImageWindow, P, nullptr, 24, Later},
-    {4004, "&Warp...", kImageWindow, P, nullptr, 23, Later},
-    {4022, "&Add Border...", kImageWindow, P, nullptr, 46, Later},
-    {4007, "&Tile...", kImageWindow, P, nullptr, 52, Later},
-    {4010, "&Displace...", kImageWindow, P, nullptr, 35, Later},
-    {4047, "&Spiral...", kGrayOrColorImage, P, nullptr, 54, Later},
-    {4046, "&Kaleidoscope...", kGrayOrColorImage, P, nullptr, 48, Later},
+    {4001, "&Mirror/Rotate...", kImageWindow, P, nullptr, 19, Module},
+    {4002, "&Crop...", kImageWindow, P, nullptr, 3, Module},
+    {4003, "&Resize...", kImageWindow, P, nullptr, 24, Module},
+    {4004, "&Warp...", kImageWindow, P, nullptr, 23, Module},
+    {4022, "&Add Border...", kImageWindow, P, nullptr, 46, Module},
+    {4007, "&Tile...", kImageWindow, P, nullptr, 52, Module},
+    {4010, "&Displace...", kImageWindow, P, nullptr, 35, Module},
+    {4047, "&Spiral...", kGrayOrColorImage, P, nullptr, 54, Module},
+    {4046, "&Kaleidoscope...", kGrayOrColorImage, P, nullptr, 48, Module},
     // Transformation: Gray
-    {4052, "&Brightness...", kImageWindow, P, nullptr, 29, Later},
-    {4050, "Brightness &Curve...", kImageWindow, P, nullptr, kKindBrightnessCurve, Later},
-    {4054, "&Levels and Color...", kImageWindow, P, nullptr, 43, Later},
-    {4044, "&Equalize...", kGrayOrColorImage, P, nullptr, 56, Later},
-    {4029, "&Gamma Adjust...", kGrayOrColorImage, P, nullptr, 65, Later},
-    {4027, "&Posterize...", kImageWindow, P, nullptr, 63, Later},
-    {4008, "&High Contrast...", kGrayOrColorImage, P, nullptr, 53, Later},
+    {4052, "&Brightness...", kImageWindow, P, nullptr, 29, Module},
+    {4050, "Brightness &Curve...", kImageWindow, P, nullptr, kKindBrightnessCurve, Module},
+    {4054, "&Levels and Color...", kImageWindow, P, nullptr, 43, Module},
+    {4044, "&Equalize...", kGrayOrColorImage, P, nullptr, 56, Module},
+    {4029, "&Gamma Adjust...", kGrayOrColorImage, P, nullptr, 65, Module},
+    {4027, "&Posterize...", kImageWindow, P, nullptr, 63, Module},
+    {4008, "&High Contrast...", kGrayOrColorImage, P, nullptr, 53, Module},
     // Transformation: Color
-    {4049, "&Curves...", kColorImage, P, nullptr, 28, Later},
-    {4011, "&Balance...", kColorImage, P, nullptr, 22, Later},
-    {4012, "&Saturation...", kColorImage, P, nullptr, 31, Later},
-    {4051, "&Tint...", kImageWindow, P, nullptr, 11, Later},
-    {4013, "&Monochrome...", kColorImage, P, nullptr, 5, Later},
-    {4015, "&Extract Channel...", kColorImage, P, nullptr, 10, Later},
-    {4023, "Com&bine Channels...", kGrayImage, P, nullptr, 49, Later},
-    {4024, "&Registration...", kColorImage, P, nullptr, 50, Later},
-    {4017, "&Filter...", kImageWindow, P, nullptr, 25, Later},
-    {4053, "C&onvert...", kImageWindow, P, nullptr, 61, Later},
+    {4049, "&Curves...", kColorImage, P, nullptr, 28, Module},
+    {4011, "&Balance...", kColorImage, P, nullptr, 22, Module},
+    {4012, "&Saturation...", kColorImage, P, nullptr, 31, Module},
+    {4051, "&Tint...", kImageWindow, P, nullptr, 11, Module},
+    {4013, "&Monochrome...", kColorImage, P, nullptr, 5, Module},
+    {4015, "&Extract Channel...", kColorImage, P, nullptr, 10, Module},
+    {4023, "Com&bine Channels...", kGrayImage, P, nullptr, 49, Module},
+    {4024, "&Registration...", kColorImage, P, nullptr, 50, Module},
+    {4017, "&Filter...", kImageWindow, P, nullptr, 25, Module},
+    {4053, "C&onvert...", kImageWindow, P, nullptr, 61, Module},
     // Transformation, direct items
-    {kCmdCopy, "&Copy", kImageWindow, P, nullptr, 0, Built},
-    {kCmdNegative, "&Negative", kImageWindow, P, nullptr, 0, Built},
-    {4020, "B&lur...", kImageWindow, P, nullptr, 8, Later},
-    {4019, "S&harpen...", kImageWindow, P, nullptr, 7, Later},
-    {4041, "&Edge...", kImageWindow, P, nullptr, 40, Later},
+    {kCmdCopy, "&Copy", kImageWindow, P, nullptr, 0, Module},
+    {kCmdNegative, "&Negative", kImageWindow, P, nullptr, 0, Module},
+    {4020, "B&lur...", kImageWindow, P, nullptr, 8, Module},
+    {4019, "S&harpen...", kImageWindow, P, nullptr, 7, Module},
+    {4041, "&Edge...", kImageWindow, P, nullptr, 40, Module},
     // Transformation: Special Effects
-    {4040, "&Emboss...", kGrayOrColorImage, P, nullptr, 41, Later},
-    {4042, "&Difference...", kImageWindow, P, nullptr, 42, Later},
-    {4043, "Add &Noise...", kImageWindow, P, nullptr, 51, Later},
-    {4014, "&Halftone...", kGrayOrColorImage, P, nullptr, 6, Later},
-    {4045, "&Stereo...", kGrayOrColorImage, P, nullptr, 34, Later},
-    {4048, "C&alendar...", kGrayOrColorImage, P, nullptr, 57, Later},
+    {4040, "&Emboss...", kGrayOrColorImage, P, nullptr, 41, Module},
+    {4042, "&Difference...", kImageWindow, P, nullptr, 42, Module},
+    {4043, "Add &Noise...", kImageWindow, P, nullptr, 51, Module},
+    {4014, "&Halftone...", kGrayOrColorImage, P, nullptr, 6, Module},
+    {4045, "&Stereo...", kGrayOrColorImage, P, nullptr, 34, Module},
+    {4048, "C&alendar...", kGrayOrColorImage, P, nullptr, 57, Module},
     // Transformation, making pictures
-    {4018, "Co&mposite...", kImageWindow, P, nullptr, 38, Later},
-    {4009, "La&yout...", kAlways, P, nullptr, 21, Later},
-    {4021, "Te&xt...", kImageWindow, P, nullptr, 33, Later},
-    {4016, "&Gradient...", kImageWindow, P, nullptr, 39, Later},
-    {4025, "Te&xture...", kAlways, P, nullptr, 58, Later},
-    {4028, "Gr&id...", kImageWindow, P, nullptr, 64, Later},
+    {4018, "Co&mposite...", kImageWindow, P, nullptr, 38, Module},
+    {4009, "La&yout...", kAlways, P, nullptr, 21, Module},
+    {4021, "Te&xt...", kImageWindow, P, nullptr, 33, Module},
+    {4016, "&Gradient...", kImageWindow, P, nullptr, 39, Module},
+    {4025, "Te&xture...", kAlways, P, nullptr, 58, Module},
+    {4028, "Gr&id...", kImageWindow, P, nullptr, 64, Module},
     // Mask
     {kCmdMaskNew, "&New", kImageWindow, N, nullptr, kKindMaskTool, Later},
     // Tools
@@ -100,30 +101,30 @@ const std::vector<Command> kCommands = {
     {kCmdMisc, "&Miscellaneous", kAlways, N, nullptr, 32, Later},
     {kCmdMagnifier, "M&agnifier", kAlways, N, nullptr, 47, Later},
     // Window
-    {kCmdInfo, "&Info...", kImageWindow, N, "Ctrl+W", 0, Built},
-    {kCmdHistogram, "&Histogram", kImageWindow, N, nullptr, 0, Built},
-    {kCmdGrid, "&Grid...", kImageWindow, N, nullptr, 0, Built},
-    {kCmdExpand, "&Expand", kImageOrPreview, N, nullptr, 0, Built},
-    {kCmdFit, "&Fit", kImageOrPreview, N, nullptr, 0, Built},
-    {kCmdZoomIn, "Zoom &In", kImageOrPreview, N, "Num+*", 0, Built},
-    {kCmdZoomInResize, "Zoom In and &Resize", kImageOrPreview, N, "Num++", 0, Built},
-    {kCmdZoomOut, "Zoom &Out", kImageOrPreview, N, "Num+-", 0, Built},
-    {kCmdZoomActual, "Zoom &1:1", kImageOrPreview, N, nullptr, 0, Built},
-    {kCmdZoomFactor, "Zoom Fa&ctor...", kImageOrPreview, N, nullptr, 0, Built},
-    {kCmdNoToolBar, "No &Tool Bar", kAlways, N, nullptr, 0, Built},
-    {kCmdToolBarTop, "Tool Bar at To&p", kAlways, N, nullptr, 0, Built},
-    {kCmdToolBarLeft, "Tool Bar at &Left", kAlways, N, nullptr, 0, Built},
-    {kCmdNext, "&Next", kActiveChild, N, "Ins", 0, Built},
-    {kCmdCascade, "C&ascade", kActiveChild, N, nullptr, 0, Built},
-    {kCmdArrangeIcons, "Arrange Ic&ons", kActiveChild, N, nullptr, 0, Built},
-    {kCmdCloseAll, "Close A&ll", kActiveChild, N, nullptr, 0, Built},
+    {kCmdInfo, "&Info...", kImageWindow, N, "Ctrl+W", 0, Frame},
+    {kCmdHistogram, "&Histogram", kImageWindow, N, nullptr, 0, Frame},
+    {kCmdGrid, "&Grid...", kImageWindow, N, nullptr, 0, Frame},
+    {kCmdExpand, "&Expand", kImageOrPreview, N, nullptr, 0, Frame},
+    {kCmdFit, "&Fit", kImageOrPreview, N, nullptr, 0, Frame},
+    {kCmdZoomIn, "Zoom &In", kImageOrPreview, N, "Num+*", 0, Frame},
+    {kCmdZoomInResize, "Zoom In and &Resize", kImageOrPreview, N, "Num++", 0, Frame},
+    {kCmdZoomOut, "Zoom &Out", kImageOrPreview, N, "Num+-", 0, Frame},
+    {kCmdZoomActual, "Zoom &1:1", kImageOrPreview, N, nullptr, 0, Frame},
+    {kCmdZoomFactor, "Zoom Fa&ctor...", kImageOrPreview, N, nullptr, 0, Frame},
+    {kCmdNoToolBar, "No &Tool Bar", kAlways, N, nullptr, 0, Frame},
+    {kCmdToolBarTop, "Tool Bar at To&p", kAlways, N, nullptr, 0, Frame},
+    {kCmdToolBarLeft, "Tool Bar at &Left", kAlways, N, nullptr, 0, Frame},
+    {kCmdNext, "&Next", kActiveChild, N, "Ins", 0, Frame},
+    {kCmdCascade, "C&ascade", kActiveChild, N, nullptr, 0, Frame},
+    {kCmdArrangeIcons, "Arrange Ic&ons", kActiveChild, N, nullptr, 0, Frame},
+    {kCmdCloseAll, "Close A&ll", kActiveChild, N, nullptr, 0, Frame},
     // Help
-    {kCmdHelpContents, "&Contents", kAlways, N, nullptr, 0, Built},
-    {kCmdHelpSearch, "&Search", kAlways, N, nullptr, 0, Built},
-    {kCmdHelpContext, "Context (F&1)", kAlways, N, "F1", 0, Built},
-    {kCmdHelpGlossary, "&Glossary", kAlways, N, nullptr, 0, Built},
-    {kCmdManual, "Open Electronic &Manual", kAlways, N, nullptr, 0, Built},
-    {kCmdAbout, "&About...", kAlways, N, nullptr, 0, Built},
+    {kCmdHelpContents, "&Contents", kAlways, N, nullptr, 0, Frame},
+    {kCmdHelpSearch, "&Search", kAlways, N, nullptr, 0, Frame},
+    {kCmdHelpContext, "Context (F&1)", kAlways, N, "F1", 0, Frame},
+    {kCmdHelpGlossary, "&Glossary", kAlways, N, nullptr, 0, Frame},
+    {kCmdManual, "Open Electronic &Manual", kAlways, N, nullptr, 0, Frame},
+    {kCmdAbout, "&About...", kAlways, N, nullptr, 0, Frame},
 };
 
 MenuItem Cmd(int32_t id) { return {MenuItem::Type::Command, id, nullptr, 0, false, {}}; }
@@ -236,13 +237,29 @@ const std::vector<Command>& CommandTable() { return kCommands; }
 const Command* FindCommand(int32_t id)
 {
     if (id >= kCmdRecentFirst && id <= kCmdRecentLast) {
-        static const Command recent = {kCmdRecentFirst, "", kSpecialRule, N, nullptr, 0, Built};
+        static const Command recent = {kCmdRecentFirst, "", kSpecialRule, N, nullptr, 0, Frame};
         return &recent;
     }
     if (id > kCmdMaskNew && id <= kCmdMaskLast) id = kCmdMaskNew;
     for (const Command& command : kCommands)
         if (command.id == id) return &command;
     return nullptr;
+}
+
+bool CommandBuilt(const Command& command)
+{
+    switch (command.owner) {
+    case CommandOwner::Frame: return true;
+    case CommandOwner::Module: return FindTransformByCommand(command.id) != nullptr;
+    case CommandOwner::Later: return false;
+    }
+    return false;
+}
+
+int32_t PanelKindOf(int32_t commandId)
+{
+    const Command* command = FindCommand(commandId);
+    return command ? command->panelKind : 0;
 }
 
 bool ConditionHolds(int32_t condition, const CommandState& s)
@@ -269,11 +286,9 @@ bool CommandEnabled(int32_t id, const CommandState& s)
     if (!command) return false;
     if (id >= kCmdRecentFirst && id <= kCmdRecentLast) {
         const int32_t i = id - kCmdRecentFirst;
-        return command->available && i < s.recentCount && s.recentPresent[i];
+        return i < s.recentCount && s.recentPresent[i];
     }
-    // A transformation is available once its module has registered a panel.
-    const TransformModule* module = FindTransformByCommand(id);
-    if (!command->available && !(module && module->panelKind)) return false;
+    if (!CommandBuilt(*command)) return false;
     if (command->panelGreys && s.panelKind != 0) return false;
     switch (id) {
     case kCmdRevert:

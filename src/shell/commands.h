@@ -99,14 +99,19 @@ enum Condition : int32_t {
     kSpecialRule = 8,  // worked out by its own rule (Revert, Undo, Paste, recent files)
 };
 
+// Who carries a command out, and so whether this build has it: the frame
+// itself; a module of the registry (transform/registry.h), present once the
+// module has registered under the command's id; or nobody yet.
+enum class CommandOwner { Frame, Module, Later };
+
 struct Command {
     int32_t id;
     const char* label;     // the menu text, "&" before the mnemonic
     int32_t condition;     // a Condition
     bool panelGreys;       // greyed while a transformation panel is open
     const char* shortcut;  // "Ctrl+W", "F1", "Ins", "Num+*"...; null for none
-    int32_t panelKind;     // the WindowKind a transformation opens; 0 for none
-    bool available;        // the module behind it is part of this build
+    int32_t panelKind;     // the WindowKind its panel has; 0 for none
+    CommandOwner owner;
 };
 
 // The whole table, in menu order within each menu.
@@ -129,6 +134,11 @@ struct CommandState {
 };
 
 bool ConditionHolds(int32_t condition, const CommandState& state);
+// Whether this build carries the command out.
+bool CommandBuilt(const Command& command);
+// The panel kind of the window a command opens (a transformation's panel);
+// 0 for none. The one place a module's panel kind is kept.
+int32_t PanelKindOf(int32_t commandId);
 // The one check of the menus and of dispatch.
 bool CommandEnabled(int32_t id, const CommandState& state);
 

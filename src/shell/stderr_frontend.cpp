@@ -14,6 +14,7 @@ constexpr int32_t kBarWidth = 30;
 
 void StderrFrontEnd::Draw(const ProgressBox& box, const char* timeText)
 {
+    if (!bars_) return;
     const int32_t filled = ProgressBarPixel(box, box.current, 0, kBarWidth);
     std::string bar(static_cast<size_t>(filled), '#');
     bar.append(static_cast<size_t>(kBarWidth - filled), '.');
@@ -39,7 +40,7 @@ void StderrFrontEnd::ProgressTime(const ProgressBox& box, const std::string& tex
 void StderrFrontEnd::ProgressHide(const ProgressBox& box)
 {
     // The line is finished with the bar as far as the job got.
-    if (shown_) {
+    if (shown_ && bars_) {
         Draw(box, "");
         std::fputc('\n', stream_);
     }

@@ -10,7 +10,12 @@ namespace lv {
 
 class StderrFrontEnd : public FrontEnd {
 public:
-    explicit StderrFrontEnd(std::FILE* stream = stderr) : stream_(stream) {}
+    // With `bars` false no bar is drawn: the command line draws them only
+    // on a terminal, so that a script's captured errors hold only messages.
+    explicit StderrFrontEnd(std::FILE* stream = stderr, bool bars = true)
+        : stream_(stream), bars_(bars)
+    {
+    }
 
     // The bar is drawn when the box opens and then only when the time shown
     // changes, so a fast job writes a handful of lines, not one per row.
@@ -26,6 +31,7 @@ private:
     void Draw(const ProgressBox& box, const char* timeText);
 
     std::FILE* stream_;
+    bool bars_;
     bool shown_ = false;
     int32_t redraws_ = 0;
 };

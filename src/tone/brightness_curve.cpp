@@ -39,46 +39,43 @@ int32_t Worker(const TransformArgs& args)
     return RunPointWorker(args, "Brightness Curve", CurveRow, unchanged);
 }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<BrightnessCurveParams>(); }
-
-int32_t Set(TransformParams& p, const std::string& name, const std::string& value)
+int32_t LoadCurve(TransformParams& p, const std::string& path)
 {
-    auto& params = static_cast<BrightnessCurveParams&>(p);
-    if (name == "curve") {
-        Curve curve;
-        if (int32_t code = CurveRead(value, curve)) return code;
-        return build_curve_table(curve, params.table);
-    }
-    if (name == "color-space") {
-        if (value == "hsv")
-            params.colorSpace = kColorSpaceHsv;
-        else if (value == "hsl")
-            params.colorSpace = kColorSpaceHsl;
-        else if (value == "rgb")
-            params.colorSpace = kColorSpaceRgb;
-        else
-            return kErrImageType;
-        return kOk;
-    }
-    return kErrImageType;
+    Curve curve;
+    if (int32_t code = CurveRead(path, curve)) return code;
+    return build_curve_table(curve, static_cast<BrightnessCurveParams&>(p).table);
 }
 
 // In the editor the curve comes from the Curve control (tone/ui), so the
-// "curve" file is for the command line only.
-const TransformRegistration kBrightnessCurve(
-    {"brightness-curve",
-     "Brightness Curve",
-     4050,
-     kKindBrightnessCurve,
-     true,
-     {{"curve", ParamType::File, 0, 0, "", "", "Curve", "the curve to apply (identity when none)",
-       "", "", false},
-      {"color-space", ParamType::Choice, 0, 0, "hsv", "hsv|hsl|rgb", "",
-       "where the curve acts: value, lightness, or each channel", "Color Space:", "HSV|HSL|RGB"}},
-     Create,
-     Set,
-     nullptr,
-     Worker});
+// curve file is the command line's alone.
+const TransformRegistration kBrightnessCurve({
+    .name = "brightness-curve",
+    .title = "Brightness Curve",
+    .commandId = 4050,
+    .params = {{
+                   .name = "curve",
+                   .type = ParamType::File,
+                   .field = Loader(LoadCurve),
+                   .fileKind = "Curve",
+                   .fileExtension = ".crv",
+                   .help = "the curve to apply (the identity when none)",
+                   .inPanel = false,
+               },
+               {
+                   .name = "color-space",
+                   .type = ParamType::Choice,
+                   .field = Field(&BrightnessCurveParams::colorSpace),
+                   .defaultValue = kColorSpaceHsv,
+                   .choiceLabels = "HSV|HSL|RGB",
+                   .label = "Color Space:",
+                   .help = "where the curve acts on colour: the value, the lightness, or each "
+                           "channel",
+               }},
+    .create = NewParams<BrightnessCurveParams>,
+    .worker = Worker,
+    .help = "One curve, drawn or loaded from a .crv file, applied to the levels.",
+    .example = "--curve lift.crv --color-space rgb",
+});
 
 }  // namespace
 }  // namespace lv

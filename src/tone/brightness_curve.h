@@ -11,7 +11,7 @@ namespace lv {
 
 struct BrightnessCurveParams : TransformParams {
     uint8_t table[256];
-    int32_t colorSpace = kColorSpaceHsv;
+    int32_t colorSpace = 0;  // the ColorSpace: HSV, HSL or RGB
     BrightnessCurveParams()
     {
         for (int32_t i = 0; i < 256; ++i) table[i] = static_cast<uint8_t>(i);

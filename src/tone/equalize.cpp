@@ -9,8 +9,8 @@ namespace lv {
 namespace {
 
 struct EqualizeParams : TransformParams {
-    int32_t colorSpace = kColorSpaceHsv;  // 0 HSV value, 1 HSL lightness
-    uint8_t table[256] = {};              // made at each run from the input
+    int32_t colorSpace = 0;  // 0 HSV value, 1 HSL lightness
+    uint8_t table[256] = {};  // made at each run from the input
 };
 
 void Row(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
@@ -45,33 +45,25 @@ int32_t Worker(const TransformArgs& args)
     return RunPointWorker(args, "Equalize", Row, unchanged);
 }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<EqualizeParams>(); }
-
-int32_t Set(TransformParams& p, const std::string& name, const std::string& value)
-{
-    auto& params = static_cast<EqualizeParams&>(p);
-    if (name != "color-space") return kErrImageType;
-    if (value == "hsv")
-        params.colorSpace = kColorSpaceHsv;
-    else if (value == "hsl")
-        params.colorSpace = kColorSpaceHsl;
-    else
-        return kErrImageType;
-    return kOk;
-}
-
-const TransformRegistration kEqualize({"equalize",
-                                       "Equalize",
-                                       4044,
-                                       56,
-                                       true,
-                                       {{"color-space", ParamType::Choice, 0, 0, "hsv", "hsv|hsl",
-                                         "", "for colour: the HSV value or the HSL lightness",
-                                         "Color Space:", "HSV V|HSL L"}},
-                                       Create,
-                                       Set,
-                                       nullptr,
-                                       Worker});
+const TransformRegistration kEqualize({
+    .name = "equalize",
+    .title = "Equalize",
+    .commandId = 4044,
+    .params = {{
+        .name = "color-space",
+        .type = ParamType::Choice,
+        .field = Field(&EqualizeParams::colorSpace),
+        .defaultValue = kColorSpaceHsv,
+        .choiceLabels = "HSV V|HSL L",
+        .choices = "hsv|hsl",
+        .label = "Color Space:",
+        .help = "for colour, what is flattened: the HSV value or the HSL lightness",
+    }},
+    .create = NewParams<EqualizeParams>,
+    .worker = Worker,
+    .help = "Spreads the levels so that the histogram of the whole input becomes flat.",
+    .example = "--color-space hsl",
+});
 
 }  // namespace
 }  // namespace lv

@@ -125,6 +125,64 @@ void histogram_lightness(const Image& image, HistogramRecord& h, int32_t budget)
                  [](int32_t b, int32_t g, int32_t r) { return hsl_lightness(r, g, b); });
 }
 
+void histogram_hsv_saturation(const Image& image, HistogramRecord& h, int32_t budget)
+{
+    ColourLevels(image, h, budget,
+                 [](int32_t b, int32_t g, int32_t r) { return hsv_saturation(r, g, b); });
+}
+
+void histogram_hsl_saturation(const Image& image, HistogramRecord& h, int32_t budget)
+{
+    ColourLevels(image, h, budget,
+                 [](int32_t b, int32_t g, int32_t r) { return hsl_saturation(r, g, b); });
+}
+
+void MakeLevel12To8(Level12To8& table)
+{
+    for (int32_t i = 0; i <= 4096; ++i) table.level[i] = static_cast<uint8_t>(i * 255 >> 12);
+}
+
+namespace {
+
+// Three records from one 12-bit conversion of each sampled colour pixel.
+template <typename Convert>
+void ThreeLevels(const Image& image, HistogramRecord& first, HistogramRecord& second,
+                 HistogramRecord& third, int32_t budget, Convert convert)
+{
+    Clear(first);
+    Clear(second);
+    Clear(third);
+    Level12To8 scale;
+    MakeLevel12To8(scale);
+    Sample(image, budget, [&](const uint8_t* row, int32_t sx) {
+        for (int32_t x = 0; x < image.width; x += sx) {
+            const uint8_t* p = row + static_cast<size_t>(x) * 3;
+            int32_t a = 0, b = 0, c = 0;
+            convert(p[2], p[1], p[0], a, b, c);
+            ++first.counts[scale.level[a]];
+            ++second.counts[scale.level[b]];
+            ++third.counts[scale.level[c]];
+        }
+    });
+    Peak(first);
+    Peak(second);
+    Peak(third);
+}
+
+}  // namespace
+
+void histogram_hsv(const Image& image, HistogramRecord& hue, HistogramRecord& saturation,
+                   HistogramRecord& value, int32_t budget)
+{
+    ThreeLevels(image, hue, saturation, value, budget, rgb_to_hsv12);
+}
+
+void histogram_hsl(const Image& image, HistogramRecord& hue, HistogramRecord& saturation,
+                   HistogramRecord& lightness, int32_t budget)
+{
+    ThreeLevels(image, hue, saturation, lightness, budget, rgb_to_hsl12);
+}
+
 int32_t image_histogram(const Image& source, Image& destination)
 {
     HistogramRecord h;

@@ -33,9 +33,26 @@ void histogram_rgb(const Image& image, HistogramRecord& red, HistogramRecord& gr
 void histogram_average(const Image& image, HistogramRecord& h, int32_t budget);
 void histogram_luminance(const Image& image, HistogramRecord& h, int32_t budget);
 
-// Colour pictures: the HSV value, and the HSL lightness.
+// Colour pictures: hue, saturation and value (HSV) or lightness (HSL) from
+// the 12-bit conversions, each brought to 8 bits through `Level12To8`.
+void histogram_hsv(const Image& image, HistogramRecord& hue, HistogramRecord& saturation,
+                   HistogramRecord& value, int32_t budget);
+void histogram_hsl(const Image& image, HistogramRecord& hue, HistogramRecord& saturation,
+                   HistogramRecord& lightness, int32_t budget);
+
+// Colour pictures, one channel of the 8-bit conversions: the HSV value and
+// saturation, the HSL lightness and saturation.
 void histogram_value(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_hsv_saturation(const Image& image, HistogramRecord& h, int32_t budget);
 void histogram_lightness(const Image& image, HistogramRecord& h, int32_t budget);
+void histogram_hsl_saturation(const Image& image, HistogramRecord& h, int32_t budget);
+
+// The 8-bit scale of a 12-bit channel: entry i is i times 255 shifted right
+// by 12, for i from 0 to 4096.
+struct Level12To8 {
+    uint8_t level[4097];
+};
+void MakeLevel12To8(Level12To8& table);
 
 // The histogram of a picture as a kind-5 image: by the source's kind,
 // luminance for colour. 14 for kinds outside 1 to 3.

@@ -14,10 +14,15 @@ void CopyRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
 
 int32_t CopyWorker(const TransformArgs& args) { return RunPointWorker(args, "Copy", CopyRow); }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
-
-const TransformRegistration kCopy(
-    {"copy", "Copy", kCmdCopy, 0, false, {}, Create, nullptr, nullptr, CopyWorker});
+const TransformRegistration kCopy({
+    .name = "copy",
+    .title = "Copy",
+    .commandId = kCmdCopy,
+    .hasAmount = false,
+    .create = NewParams<TransformParams>,
+    .worker = CopyWorker,
+    .help = "The picture as it is; from the command line, a conversion.",
+});
 
 }  // namespace
 }  // namespace lv

@@ -18,10 +18,15 @@ int32_t NegativeWorker(const TransformArgs& args)
     return RunPointWorker(args, "Negative", InvertRow);
 }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
-
-const TransformRegistration kNegative(
-    {"negative", "Negative", kCmdNegative, 0, true, {}, Create, nullptr, nullptr, NegativeWorker});
+const TransformRegistration kNegative({
+    .name = "negative",
+    .title = "Negative",
+    .commandId = kCmdNegative,
+    .create = NewParams<TransformParams>,
+    .worker = NegativeWorker,
+    .help = "Each level becomes 255 minus itself.",
+    .example = "--amount 50",
+});
 
 }  // namespace
 }  // namespace lv

@@ -113,7 +113,7 @@ TEST(Registry, BuiltInModulesRunFromTheDescription)
     EXPECT_EQ(FindTransform("no-such"), nullptr);
     Image card, result;
     ASSERT_EQ(MakeTestCard(card, kImageBinary, 40, 30), 0);
-    auto params = negative->create();
+    auto params = CreateParams(*negative);
     ASSERT_EQ(RunTransformToImage(*negative, *params, &card, result), 0);
     EXPECT_EQ(result.kind, kImageGray);  // binary input gives gray output
     EXPECT_EQ(result.rows[3][5], GetBit(card.rows[3], 5) ? 0 : 255);

@@ -21,9 +21,10 @@ Image Apply(const Image& input, const Curve& curve, const char* space)
     EXPECT_EQ(CurveWrite(path, curve), 0);
     const TransformModule* module = FindTransform("brightness-curve");
     EXPECT_NE(module, nullptr);
-    auto params = module->create();
-    EXPECT_EQ(module->set(*params, "curve", path), 0);
-    EXPECT_EQ(module->set(*params, "color-space", space), 0);
+    auto params = CreateParams(*module);
+    std::string problem;
+    EXPECT_EQ(ParamSetText(*FindParam(*module, "curve"), *params, path, problem), 0);
+    EXPECT_EQ(ParamSetText(*FindParam(*module, "color-space"), *params, space, problem), 0);
     std::filesystem::remove(path);
     Image result;
     EXPECT_EQ(RunTransformToImage(*module, *params, &input, result), 0);

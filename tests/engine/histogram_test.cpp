@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "image/pixel.h"
+#include "shell/commands.h"
 #include "support/scripted_frontend.h"
 #include "synthesis/test_card.h"
 #include "transform/registry.h"
@@ -82,8 +83,8 @@ TEST(Equalize, MapsTheInputsHistogramOntoAFlatOne)
 {
     const TransformModule* equalize = FindTransform("equalize");
     ASSERT_NE(equalize, nullptr);
-    EXPECT_EQ(equalize->panelKind, 56);
-    auto params = equalize->create();
+    EXPECT_EQ(PanelKindOf(equalize->commandId), 56);
+    auto params = CreateParams(*equalize);
 
     // A gray picture of two levels: each half of the mass maps to its end.
     Image gray, result;
@@ -97,8 +98,13 @@ TEST(Equalize, MapsTheInputsHistogramOntoAFlatOne)
     params->amount.amount = 0;
     ASSERT_EQ(RunTransformToImage(*equalize, *params, &gray, result), 0);
     EXPECT_EQ(result.rows[19][0], 90);
-    EXPECT_EQ(equalize->set(*params, "color-space", "hsl"), 0);
-    EXPECT_NE(equalize->set(*params, "color-space", "lab"), 0);
+    std::string problem;
+    const ParamSpec* space = FindParam(*equalize, "color-space");
+    ASSERT_NE(space, nullptr);
+    EXPECT_EQ(ParamSetText(*space, *params, "hsl", problem), 0);
+    EXPECT_EQ(ParamInt(*space, *params), 1);
+    EXPECT_EQ(ParamSetText(*space, *params, "lab", problem), kParamRefused);
+    EXPECT_EQ(problem, "'lab' is not a choice; allowed: one of hsv, hsl");
 }
 
 TEST(Histogram, ColourReadersTakeRedGreenBlueFromStoredOrder)
@@ -130,6 +136,57 @@ TEST(Histogram, ColourReadersTakeRedGreenBlueFromStoredOrder)
     HistogramRecord red, green, blue;
     histogram_rgb(colour, red, green, blue, kHistogramBudget);
     EXPECT_EQ(red.counts[200] + green.counts[100] + blue.counts[0], 18);
+}
+
+}  // namespace
+}  // namespace lv
+
+namespace lv {
+namespace {
+
+TEST(Histogram, TwelveBitChannelsAreScaledByTheTable)
+{
+    Level12To8 scale;
+    MakeLevel12To8(scale);
+    EXPECT_EQ(scale.level[0], 0);
+    EXPECT_EQ(scale.level[17], 1);  // 17 * 255 = 4335, the first past 4096
+    EXPECT_EQ(scale.level[16], 0);
+    EXPECT_EQ(scale.level[2048], 127);
+    EXPECT_EQ(scale.level[4096], 255);
+
+    // Two colours, half the pixels each: pure red (hue 4096, full
+    // saturation, value 255, lightness 2048) and a dark gray (no hue, no
+    // saturation).
+    Image colour;
+    ASSERT_EQ(ImageAlloc(colour, kImageColor, 4, 2, 72.0), 0);
+    for (int32_t x = 0; x < 4; ++x) {
+        uint8_t* red = colour.rows[0] + x * 3;
+        red[0] = 0, red[1] = 0, red[2] = 255;
+        uint8_t* gray = colour.rows[1] + x * 3;
+        gray[0] = gray[1] = gray[2] = 64;
+    }
+    HistogramRecord hue, saturation, value;
+    histogram_hsv(colour, hue, saturation, value, kHistogramBudget);
+    EXPECT_EQ(hue.counts[255], 4);
+    EXPECT_EQ(hue.counts[0], 4);
+    EXPECT_EQ(saturation.counts[255], 4);
+    EXPECT_EQ(saturation.counts[0], 4);
+    EXPECT_EQ(value.counts[255], 4);
+    EXPECT_EQ(value.counts[scale.level[64 * 4096 / 255]], 4);
+    EXPECT_EQ(value.peak, 4);
+    HistogramRecord lightness;
+    histogram_hsl(colour, hue, saturation, lightness, kHistogramBudget);
+    EXPECT_EQ(hue.counts[255], 4);
+    EXPECT_EQ(saturation.counts[255], 4);
+
+    // The one-channel readers of saturation agree on the extremes.
+    HistogramRecord hsv, hsl;
+    histogram_hsv_saturation(colour, hsv, kHistogramBudget);
+    histogram_hsl_saturation(colour, hsl, kHistogramBudget);
+    EXPECT_EQ(hsv.counts[255], 4);
+    EXPECT_EQ(hsv.counts[0], 4);
+    EXPECT_EQ(hsl.counts[255], 4);
+    EXPECT_EQ(hsl.counts[0], 4);
 }
 
 }  // namespace

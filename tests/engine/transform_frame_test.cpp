@@ -31,10 +31,8 @@ int32_t CountingWorker(const TransformArgs& args)
     return RunPointWorker(args, "Test", Invert);
 }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
-
-const TransformModule kModule{"test", "Test", 0,       0,       true,
-                              {},     Create, nullptr, nullptr, CountingWorker};
+const TransformModule kModule{
+    .name = "test", .title = "Test", .create = NewParams<TransformParams>, .worker = CountingWorker};
 
 // Windows as records of the pool; what the frame asked for is written down.
 struct FakeHost : FrameHost {
@@ -83,7 +81,7 @@ protected:
         ASSERT_EQ(SlotAllocate(slot, input_), 0);
         ASSERT_EQ(MakeTestCard(input_->image, kImageGray, 300, 200), 0);
         frame_.module = &kModule;
-        frame_.params = Create();
+        frame_.params = CreateParams(kModule);
         frame_.host = &host_;
         frame_.source = input_;
         host_.frame = &frame_;
@@ -104,7 +102,7 @@ protected:
         ImageFree(input_->image);
         ASSERT_EQ(MakeTestCard(input_->image, kind, 300, 200), 0);
         frame_.module = &module;
-        frame_.params = module.create();
+        frame_.params = CreateParams(module);
         FrameStart(frame_);
         AmountClearMask(frame_.params->amount);
     }

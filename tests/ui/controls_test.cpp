@@ -169,7 +169,7 @@ private slots:
         QCOMPARE(panel_->Count(kMsgInteger), before + 1);
 
         QTest::keyClick(edit, Qt::Key_Tab);
-        QCOMPARE(panel_->Last().message, int32_t{kMsgFieldTab});
+        QCOMPARE(panel_->Last().message, int32_t{kMsgTab});
         QCOMPARE(panel_->Last().id, 9);
     }
 

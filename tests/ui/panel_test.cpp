@@ -29,6 +29,8 @@
 #include "tone/curves/ui/curve_control.h"
 #include "transform/controls/ui/amount_control.h"
 #include "transform/controls/ui/control_event.h"
+#include "transform/controls/ui/integer_field.h"
+#include "transform/controls/ui/pedit.h"
 #include "transform/controls/ui/popup_list.h"
 #include "transform/controls/ui/slider.h"
 #include "transform/point_worker.h"
@@ -52,10 +54,58 @@ int32_t CountingWorker(const TransformArgs& args)
     return RunPointWorker(args, "Test", Invert);
 }
 
-std::unique_ptr<TransformParams> Create() { return std::make_unique<TransformParams>(); }
+// Opened as Brightness (command 4052, panel kind 29), whose module is not
+// registered in this build.
+const TransformModule kTest{.name = "panel-test",
+                            .title = "Test",
+                            .commandId = 4052,
+                            .create = NewParams<TransformParams>,
+                            .worker = CountingWorker};
 
-const TransformModule kTest{"panel-test", "Test", 0,       99,      true,
-                            {},           Create, nullptr, nullptr, CountingWorker};
+// A module whose parameters are one of each kind the panel builds rows for.
+struct RowsParams : TransformParams {
+    int32_t radius;
+    double gamma;
+    int32_t mode;
+    int32_t complement;
+};
+
+const TransformModule kRows{
+    .name = "panel-rows",
+    .title = "Rows",
+    .commandId = 4029,  // Gamma Adjust, not registered in this build
+    .params = {{.name = "radius",
+                .type = ParamType::Int,
+                .field = Field(&RowsParams::radius),
+                .minimum = 1,
+                .maximum = 50,
+                .defaultValue = 3,
+                .label = "Radius:",
+                .help = "a radius"},
+               {.name = "gamma",
+                .type = ParamType::Real,
+                .field = Field(&RowsParams::gamma),
+                .minimum = 0.1,
+                .maximum = 10,
+                .defaultValue = 2.2,
+                .decimals = 2,
+                .label = "Gamma:",
+                .help = "a gamma"},
+               {.name = "mode",
+                .type = ParamType::Choice,
+                .field = Field(&RowsParams::mode),
+                .defaultValue = 1,
+                .choiceLabels = "Compute|Darken|Lighten",
+                .label = "Mode:",
+                .help = "a mode"},
+               {.name = "complement",
+                .type = ParamType::Flag,
+                .field = Field(&RowsParams::complement),
+                .label = "Complement",
+                .help = "a switch"}},
+    .create = NewParams<RowsParams>,
+    .worker = CountingWorker,
+};
 
 }  // namespace
 
@@ -138,7 +188,7 @@ private slots:
         TransformPanel* panel = OpenPanel();
         QVERIFY(panel);
         QCOMPARE(panel->windowTitle(), QStringLiteral("Test"));
-        QCOMPARE(frame_->State().panelKind, 99);
+        QCOMPARE(frame_->State().panelKind, 29);
         QVERIFY(!frame_->Dispatch(kCmdNegative));
         QVERIFY(frame_->Dispatch(kCmdZoomOut) || true);  // zoom still works
         input_->close();
@@ -263,6 +313,47 @@ private slots:
         for (ImageSubWindow* w : ImageWindows(frame_->workspace()))
             if (w != input_) QVERIFY(w->record().modified);
         QVERIFY(!UserFindLock(input_->handle()));
+    }
+
+    void declaredParametersGetTheirRowsAndFillTheRecord()
+    {
+        QCOMPARE(TransformPanel::Open(frame_.get(), kRows, input_), 0);
+        TransformPanel* panel = TransformPanel::Current();
+        QVERIFY(panel);
+        auto& params = static_cast<RowsParams&>(*panel->state().params);
+        QCOMPARE(params.radius, 3);
+        auto* radius = dynamic_cast<IntegerControl*>(panel->paramControl(0));
+        auto* gamma = dynamic_cast<PEditControl*>(panel->paramControl(1));
+        auto* mode = dynamic_cast<PopupListControl*>(panel->paramControl(2));
+        auto* complement = dynamic_cast<QCheckBox*>(panel->paramControl(3));
+        QVERIFY(radius && gamma && mode && complement);
+        // The rows show the declared defaults.
+        QCOMPARE(radius->value(), 3);
+        QCOMPARE(gamma->text(), QStringLiteral("2.20"));
+        QCOMPARE(mode->current(), 1);
+        QVERIFY(!complement->isChecked());
+
+        // Typed and chosen by hand, through the rows; the preview follows
+        // each change with Auto on.
+        QTest::mouseClick(panel->autoBox(), Qt::LeftButton);
+        const int runs = gRuns;
+        radius->edit()->selectAll();
+        QTest::keyClicks(radius->edit(), "12");
+        QCOMPARE(params.radius, 12);
+        gamma->edit()->selectAll();
+        QTest::keyClicks(gamma->edit(), "1.5");
+        QCOMPARE(params.gamma, 1.5);
+        // Out of range: the record keeps the last good value.
+        gamma->edit()->selectAll();
+        QTest::keyClicks(gamma->edit(), "20");
+        QCOMPARE(params.gamma, 2.0);
+        SendControlMessage(mode, kMsgDropChoice, mode->controlId(), 2);
+        QCOMPARE(params.mode, 2);
+        QTest::mouseClick(complement, Qt::LeftButton);
+        QCOMPARE(params.complement, 1);
+        QVERIFY(gRuns > runs);
+        QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+        QTest::qWait(20);
     }
 
     void equalizeOpensFromItsMenuCommand()
@@ -433,7 +524,7 @@ private slots:
         QVERIFY(!frame_->close());
         QVERIFY(boxes_.contains(QStringLiteral("|Abort transformation in progress?")));
         QVERIFY(TransformPanel::Current());
-        UserMessageEvent escape(kMsgPanelCancel, nullptr);
+        UserMessageEvent escape(kMsgEscape, nullptr);
         QCoreApplication::sendEvent(panel, &escape);
         QTest::qWait(20);
         QCOMPARE(TransformPanel::Current(), nullptr);

@@ -124,7 +124,7 @@ private slots:
         // Typing in R: live messages, the new swatch follows, the old stays.
         auto* red = picker->findChild<QSpinBox*>(QStringLiteral("red"));
         TypeInto(red, QStringLiteral("200"));
-        QCOMPARE(panel->Values(kColorMessage),
+        QCOMPARE(panel->Values(kMsgColor),
                  std::vector<int64_t>({0x02141E, 0x14141E, 0xC8141E}));
         QCOMPARE(panel->sent.back().id, 7);
         QCOMPARE(picker->findChild<QSpinBox*>(QStringLiteral("hue"))->value(), 357);
@@ -137,7 +137,7 @@ private slots:
         // Typing a percent keeps the hue; SetColorPicker sends nothing.
         panel->sent.clear();
         TypeInto(picker->findChild<QSpinBox*>(QStringLiteral("value")), QStringLiteral("0"));
-        QCOMPARE(panel->Values(kColorMessage), std::vector<int64_t>({0}));
+        QCOMPARE(panel->Values(kMsgColor), std::vector<int64_t>({0}));
         QCOMPARE(picker->findChild<QSpinBox*>(QStringLiteral("hue"))->value(), 357);
         SetColorPicker(picker, QColor(0, 0, 255));
         QCOMPARE(panel->sent.size(), size_t(1));
@@ -149,21 +149,21 @@ private slots:
         QWidget* field = picker->findChild<QWidget*>(QStringLiteral("field"));
         QCOMPARE(field->size(), QSize(256, 192));
         Drag(field, {QPoint(0, 191), QPoint(64, 0), QPoint(128, 0), QPoint(900, -50)});
-        QCOMPARE(panel->Values(kColorMessage),
+        QCOMPARE(panel->Values(kMsgColor),
                  std::vector<int64_t>({0xFFFFFF, 0x80FF00, 0x00FFFF, 0xFF0006}));
         QVERIFY(qAbs(picker->hsv().hue - 255 * 360.0 / 256) < 1e-9);
         QWidget* bar = picker->findChild<QWidget*>(QStringLiteral("valueBar"));
         Drag(bar, {QPoint(5, 191)});
-        QCOMPARE(panel->Values(kColorMessage).back(), 0);
+        QCOMPARE(panel->Values(kMsgColor).back(), 0);
 
         // Cancel puts the old colour back, then the picker closes.
         panel->sent.clear();
         QTest::mouseClick(picker->findChild<QPushButton*>(QStringLiteral("cancel")),
                           Qt::LeftButton);
         QCOMPARE(panel->sent.size(), size_t(2));
-        QCOMPARE(panel->sent[0].message, kColorMessage);
+        QCOMPARE(panel->sent[0].message, kMsgColor);
         QCOMPARE(panel->sent[0].value, 0x0A141E);
-        QCOMPARE(panel->sent[1].message, kPickerClosedMessage);
+        QCOMPARE(panel->sent[1].message, kMsgPickerClosed);
         FlushDeletes();
         QVERIFY(!picker);
     }
@@ -177,7 +177,7 @@ private slots:
         panel->sent.clear();
         QTest::mouseClick(picker->findChild<QPushButton*>(QStringLiteral("ok")), Qt::LeftButton);
         QCOMPARE(panel->sent.size(), size_t(1));
-        QCOMPARE(panel->sent[0].message, kPickerClosedMessage);
+        QCOMPARE(panel->sent[0].message, kMsgPickerClosed);
         QCOMPARE(panel->sent[0].value, 0x010209);
         FlushDeletes();
         QVERIFY(!picker);
@@ -200,7 +200,7 @@ private slots:
 
         TypeInto(picker->findChild<QSpinBox*>(QStringLiteral("green")), QStringLiteral("7"));
         QCOMPARE(panel->sent.size(), size_t(1));
-        QCOMPARE(panel->sent[0].message, kColorMessage);
+        QCOMPARE(panel->sent[0].message, kMsgColor);
         QCOMPARE(panel->sent[0].id, 42);
         QCOMPARE(panel->sent[0].value, 0x010703);
         QCOMPARE(control.color(), QColor(1, 7, 3));
@@ -234,8 +234,8 @@ private slots:
         CompassControl compass(panel, 0, 0, 101, 81, 0, 5);
         QCOMPARE(compass.centre(), QPoint(50, 40));
         Drag(&compass, {QPoint(50, 70), QPoint(10, 40), QPoint(50, 40), QPoint(50, 1)});
-        QCOMPARE(panel->Values(kCompassMoved), std::vector<int64_t>({0, 1024, 3072, 2048}));
-        QCOMPARE(panel->Values(kCompassReleased), std::vector<int64_t>({2048}));
+        QCOMPARE(panel->Values(kMsgCompassMoved), std::vector<int64_t>({0, 1024, 3072, 2048}));
+        QCOMPARE(panel->Values(kMsgCompassReleased), std::vector<int64_t>({2048}));
         QCOMPARE(panel->sent.back().id, 5);
         panel->sent.clear();
         compass.SetCompass(1024);
@@ -266,7 +266,7 @@ private slots:
         click(radio, 4);
         click(radio, 1);
         QCOMPARE(down(radio), std::vector<int32_t>({1}));
-        QCOMPARE(panel->Values(kToolBarMessage), std::vector<int64_t>({4, 1}));
+        QCOMPARE(panel->Values(kMsgToolBar), std::vector<int64_t>({4, 1}));
         QCOMPARE(panel->sent.back().id, 9);
         radio.PressButton(-1);
         QVERIFY(down(radio).empty());

@@ -136,7 +136,8 @@ CommandState MainWindow::State() const
     } else if (active) {
         s.activeKind = active->property("lvWindowKind").toInt();
     }
-    if (TransformPanel* panel = TransformPanel::Current()) s.panelKind = panel->module().panelKind;
+    if (TransformPanel* panel = TransformPanel::Current())
+        s.panelKind = PanelKindOf(panel->module().commandId);
     s.undoAvailable = UndoAvailable();
     const Preferences& p = CurrentPreferences();
     const SessionState& state = CurrentState();
@@ -426,7 +427,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdAbout: ShowAbout(); break;
     default:
         if (const TransformModule* module = FindTransformByCommand(id);
-            module && module->panelKind) {
+            module && PanelKindOf(id)) {
             ReportError(TransformPanel::Open(this, *module, image));
             break;
         }

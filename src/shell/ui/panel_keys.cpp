@@ -39,13 +39,13 @@ bool PanelKeyFilter::eventFilter(QObject* watched, QEvent* event)
     auto* key = static_cast<QKeyEvent*>(event);
     int32_t message = 0;
     switch (key->key()) {
-    case Qt::Key_Tab: message = kMsgPanelTab; break;
-    case Qt::Key_Backtab: message = kMsgPanelBackTab; break;
-    case Qt::Key_Escape: message = kMsgPanelCancel; break;
+    case Qt::Key_Tab: message = kMsgTab; break;
+    case Qt::Key_Backtab: message = kMsgBackTab; break;
+    case Qt::Key_Escape: message = kMsgEscape; break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (!enterAccepts) return false;
-        message = kMsgPanelAccept;
+        message = kMsgEnter;
         break;
     default: return QObject::eventFilter(watched, event);
     }

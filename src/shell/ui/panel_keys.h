@@ -7,17 +7,12 @@
 
 #include <QObject>
 
+#include "shell/messages.h"
+
 class QMdiArea;
 class QWidget;
 
 namespace lv {
-
-enum PanelMessage : int32_t {
-    kMsgPanelTab = 1059,
-    kMsgPanelBackTab = 1060,
-    kMsgPanelCancel = 1061,
-    kMsgPanelAccept = 1062,
-};
 
 // Cleared by panels while one of their multi-line text boxes has the focus.
 extern bool enterAccepts;

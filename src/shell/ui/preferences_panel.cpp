@@ -12,6 +12,7 @@
 #include "shell/commands.h"
 #include "shell/errors.h"
 #include "shell/frontend.h"
+#include "shell/messages.h"
 #include "shell/text.h"
 #include "shell/ui/events.h"
 #include "shell/ui/main_window.h"
@@ -184,7 +185,7 @@ bool PreferencesPanel::event(QEvent* event)
         auto* e = static_cast<ControlEvent*>(event);
         Preferences& p = CurrentPreferences();
         const int32_t value = static_cast<int32_t>(e->value);
-        switch (e->message == 1029 ? e->controlId : (e->message == 1025 ? e->controlId : 0)) {
+        switch (e->message == kMsgColor || e->message == kMsgValueChanged ? e->controlId : 0) {
         case kWorkspaceColor: Store(p.workspaceColor, ColorFromValue(e->value)); break;
         case kBorderColor: Store(p.borderColor, ColorFromValue(e->value)); break;
         case kConfirm: p.confirmClose = value == 1; break;
@@ -198,10 +199,10 @@ bool PreferencesPanel::event(QEvent* event)
     }
     if (event->type() == UserMessageEvent::EventType()) {
         auto* e = static_cast<UserMessageEvent*>(event);
-        if (e->message == kMsgPanelAccept) Accept();
-        if (e->message == kMsgPanelCancel) Reject();
-        if (e->message == kMsgPanelTab) FocusNextInPanel(this, true);
-        if (e->message == kMsgPanelBackTab) FocusNextInPanel(this, false);
+        if (e->message == kMsgEnter) Accept();
+        if (e->message == kMsgEscape) Reject();
+        if (e->message == kMsgTab) FocusNextInPanel(this, true);
+        if (e->message == kMsgBackTab) FocusNextInPanel(this, false);
         return true;
     }
     return QMdiSubWindow::event(event);

@@ -9,7 +9,9 @@
 
 #include "image/ui/image_window.h"
 #include "image/zoom.h"
+#include "shell/commands.h"
 #include "shell/errors.h"
+#include "shell/text.h"
 #include "shell/preferences.h"
 #include "shell/ui/events.h"
 #include "shell/ui/main_window.h"
@@ -30,18 +32,17 @@ namespace lv {
 namespace {
 
 TransformPanel* gCurrent = nullptr;
-TransformPanel::ControlBuilder gBuilder;
 
-std::vector<PanelPart>& Parts()
+std::vector<PanelPartType>& PartTypes()
 {
-    static std::vector<PanelPart> parts;
-    return parts;
+    static std::vector<PanelPartType> types;
+    return types;
 }
 
-const PanelPart* FindPanelPart(int32_t commandId)
+const PanelPartType* FindPanelPart(int32_t commandId)
 {
-    for (const PanelPart& part : Parts())
-        if (part.commandId == commandId) return &part;
+    for (const PanelPartType& type : PartTypes())
+        if (type.commandId == commandId) return &type;
     return nullptr;
 }
 
@@ -56,22 +57,22 @@ constexpr int32_t kFirstParamId = 200;
 
 TransformPanel* TransformPanel::Current() { return gCurrent; }
 
-void TransformPanel::SetControlBuilder(ControlBuilder builder) { gBuilder = std::move(builder); }
-
-void RegisterPanelPart(const PanelPart& part) { Parts().push_back(part); }
+void RegisterPanelPart(const PanelPartType& type) { PartTypes().push_back(type); }
 
 int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
                              ImageSubWindow* input, bool shortBar)
 {
     if (gCurrent) return kOk;  // the command is grey while one is open
-    const PanelPart* part = FindPanelPart(module.commandId);
-    if (part && part->check) {
-        if (int32_t code = part->check(input ? &input->record().image : nullptr)) return code;
+    const PanelPartType* partType = FindPanelPart(module.commandId);
+    if (partType && partType->check) {
+        if (int32_t code = partType->check(input ? &input->record().image : nullptr)) return code;
     }
-    std::unique_ptr<TransformParams> params = module.create ? module.create() : nullptr;
+    std::unique_ptr<TransformParams> params = CreateParams(module);
     if (!params) return kErrOutOfMemory;
+    std::unique_ptr<PanelPart> part;
+    if (partType && partType->make && !(part = partType->make())) return kErrOutOfMemory;
     auto* panel = new TransformPanel(frame, module, input, shortBar);
-    panel->part_ = part;
+    panel->part_ = std::move(part);
     panel->frame_.params = std::move(params);
     FrameStart(panel->frame_);
 
@@ -106,11 +107,8 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
     // The panel's own lock comes first, so that a refused close names the
     // panel rather than one of its controls.
     if (input) UserAdd(panel->frame_.panel, input->handle(), module.title, true);
-    if (gBuilder)
-        gBuilder(*panel, *layout);
-    else
-        panel->BuildDefaultControls(*layout);
-    if (part && part->build) part->build(*panel, *layout);
+    panel->BuildDefaultControls(*layout);
+    if (panel->part_) panel->part_->Build(*panel, *layout);
     layout->addStretch();
     panel->setWidget(body);
 
@@ -133,7 +131,7 @@ TransformPanel::TransformPanel(MainWindow* frame, const TransformModule& module,
     : main_(frame), source_(input)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    setProperty("lvWindowKind", module.panelKind);
+    setProperty("lvWindowKind", PanelKindOf(module.commandId));
     frame_.module = &module;
     frame_.host = this;
     frame_.panel = HandleOf(this);
@@ -333,12 +331,13 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
         const int32_t id = kFirstParamId + static_cast<int32_t>(i);
         const QString label =
             *p.label ? QString::fromLatin1(p.label) : QString::fromLatin1(p.name) + ":";
+        const TransformParams& record = *frame_.params;
         QWidget* control = nullptr;
         switch (p.type) {
         case ParamType::Int: {
             IntegerControl* integer = nullptr;
             Row<IntegerControl>(layout, this, integer, [&](QWidget* row) {
-                return new IntegerControl(0, 0, 80, row, label, QString(p.defaultValue).toInt(),
+                return new IntegerControl(0, 0, 80, row, label, ParamInt(p, record),
                                           static_cast<int32_t>(p.minimum),
                                           static_cast<int32_t>(p.maximum), id);
             });
@@ -346,30 +345,38 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
             break;
         }
         case ParamType::Choice: {
-            std::vector<std::string> entries;
-            const char* shown = *p.choiceLabels ? p.choiceLabels : p.choices;
-            for (const QString& e : QString::fromLatin1(shown).split('|'))
-                entries.push_back(e.toStdString());
-            const int32_t value = std::max<int32_t>(
-                0, static_cast<int32_t>(QString::fromLatin1(p.choices).split('|').indexOf(
-                       QString::fromLatin1(p.defaultValue))));
             PopupListControl* list = nullptr;
             Row<PopupListControl>(layout, this, list, [&](QWidget* row) {
-                return new PopupListControl(0, 0, row, value,
-                                            PackPopupText(label.toStdString(), entries), id);
+                return new PopupListControl(
+                    0, 0, row, ParamInt(p, record),
+                    PackPopupText(label.toStdString(), ParamChoiceLabels(p)), id);
             });
             control = list;
             break;
         }
-        default: {
+        case ParamType::Flag: {
+            auto* row = new ControlRow(this);
+            auto* box = new QCheckBox(QString::fromLatin1(*p.label ? p.label : p.name), row);
+            box->setChecked(ParamInt(p, record) != 0);
+            row->setMinimumHeight(box->sizeHint().height());
+            connect(box, &QCheckBox::toggled, this, [this, id](bool on) {
+                ControlMessage(kMsgValueChanged, id, on ? 1 : 0);
+            });
+            layout.addWidget(row);
+            control = box;
+            break;
+        }
+        case ParamType::Real: {
+            std::string text;
+            RealToText(ParamReal(p, record), text, p.decimals, false, false);
             PEditControl* edit = nullptr;
             Row<PEditControl>(layout, this, edit, [&](QWidget* row) {
-                return new PEditControl(0, 0, 200, row, label, QString::fromLatin1(p.defaultValue),
-                                        id);
+                return new PEditControl(0, 0, 200, row, label, QString::fromStdString(text), id);
             });
             control = edit;
             break;
         }
+        case ParamType::File: break;  // never in the panel (CheckModule)
         }
         paramControls_.push_back(control);
     }
@@ -384,14 +391,14 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
 
 void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t value)
 {
-    if (part_ && part_->message && part_->message(*this, message, controlId, value)) return;
+    if (part_ && part_->Message(*this, message, controlId, value)) return;
     const TransformModule& m = *frame_.module;
-    if (controlId == kAmountId && message == 1026 && amount_) {
+    if (controlId == kAmountId && message == kMsgAmountChanged && amount_) {
         frame_.params->amount = amount_->GetAmount();
         ParamsChanged();
         return;
     }
-    if (controlId == kInputPickerId && message == 1041 && inputPicker_) {
+    if (controlId == kInputPickerId && message == kMsgImagePicker && inputPicker_) {
         int32_t r = 0, g = 0, b = 0;
         WindowHandle chosen = nullptr;
         inputPicker_->GetColorImg(r, g, b, chosen);
@@ -399,20 +406,21 @@ void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t 
         return;
     }
     const size_t index = static_cast<size_t>(controlId - kFirstParamId);
-    if (controlId < kFirstParamId || index >= m.params.size() || !m.set) return;
-    QWidget* control = paramControls_[index];
-    if (!control) return;
-    std::string text;
-    if (auto* integer = dynamic_cast<IntegerControl*>(control))
-        text = std::to_string(integer->value());
-    else if (auto* list = dynamic_cast<PopupListControl*>(control))
-        text = QString::fromLatin1(m.params[index].choices)
-                   .split('|')
-                   .value(list->current())
-                   .toStdString();
-    else if (auto* edit = dynamic_cast<PEditControl*>(control))
-        text = edit->text().toStdString();
-    if (m.set(*frame_.params, m.params[index].name, text) == kOk) ParamsChanged();
+    if (controlId < kFirstParamId || index >= m.params.size() || !paramControls_[index]) return;
+    const ParamSpec& spec = m.params[index];
+    TransformParams& record = *frame_.params;
+    bool changed = false;
+    if (auto* integer = dynamic_cast<IntegerControl*>(paramControls_[index]))
+        changed = ParamSetInt(spec, record, integer->value());
+    else if (message == kMsgValueChanged && spec.type != ParamType::Real)
+        changed = ParamSetInt(spec, record, static_cast<int32_t>(value));
+    else if (auto* edit = dynamic_cast<PEditControl*>(paramControls_[index])) {
+        // A number outside the range, or half typed, waits for the next key.
+        double number = 0;
+        if (ParseReal(edit->text().toStdString(), number) == kOk)
+            changed = ParamSetReal(spec, record, number);
+    }
+    if (changed) ParamsChanged();
 }
 
 void TransformPanel::ChangeInput(ImageSubWindow* input)
@@ -435,7 +443,7 @@ void TransformPanel::ChangeInput(ImageSubWindow* input)
         amount_->SetMaskSize(frame_.outputWidth, frame_.outputHeight);
         frame_.params->amount = amount_->GetAmount();
     }
-    if (part_ && part_->inputChanged) part_->inputChanged(*this);
+    if (part_) part_->InputChanged(*this);
     restart_preview(frame_);
 }
 
@@ -447,10 +455,10 @@ bool TransformPanel::event(QEvent* event)
         auto* e = static_cast<UserMessageEvent*>(event);
         switch (e->message) {
         case kMsgImageChanged: ParamsChanged(); return true;
-        case kMsgPanelCancel: Press(kButtonCancel); return true;
-        case kMsgPanelAccept: Press(kButtonOk); return true;
-        case kMsgPanelTab: FocusNextInPanel(this, true); return true;
-        case kMsgPanelBackTab: FocusNextInPanel(this, false); return true;
+        case kMsgEscape: Press(kButtonCancel); return true;
+        case kMsgEnter: Press(kButtonOk); return true;
+        case kMsgTab: FocusNextInPanel(this, true); return true;
+        case kMsgBackTab: FocusNextInPanel(this, false); return true;
         default: return true;
         }
     }

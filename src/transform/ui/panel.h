@@ -6,6 +6,8 @@
 
 #include <QMdiSubWindow>
 #include <functional>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "transform/frame.h"
@@ -21,25 +23,40 @@ class MainWindow;
 class TransformPanel;
 
 // A module's own part of its panel, for what a list of parameters cannot
-// show (a curve to draw, say). It lives in the module's ui/ folder and
-// registers itself by the module's command; the generic rows stay.
-struct PanelPart {
+// show (a curve to draw, say). One object is made for each open panel and
+// holds that panel's state; it lives in the module's ui/ folder and its
+// type registers itself by the module's command. The generic rows stay.
+class PanelPart {
+public:
+    virtual ~PanelPart() = default;
+    // Adds the module's controls once the generic rows are in `layout`.
+    virtual void Build(TransformPanel& panel, QVBoxLayout& layout) = 0;
+    // A control's message, before the generic handling; true when taken.
+    virtual bool Message(TransformPanel& panel, int32_t message, int32_t controlId,
+                         int64_t value) = 0;
+    // The input picker chose another picture; the preview restarts after.
+    virtual void InputChanged(TransformPanel& panel) = 0;
+};
+
+struct PanelPartType {
     int32_t commandId = 0;
     // Before anything is made: 0, or the code the command reports.
     int32_t (*check)(const Image* input) = nullptr;
-    // Adds the module's controls once the generic rows are in `layout`.
-    void (*build)(TransformPanel& panel, QVBoxLayout& layout) = nullptr;
-    // A control's message, before the generic handling; true when taken.
-    bool (*message)(TransformPanel& panel, int32_t message, int32_t controlId,
-                    int64_t value) = nullptr;
-    // The input picker chose another picture; the preview restarts after.
-    void (*inputChanged)(TransformPanel& panel) = nullptr;
+    // A new part for a panel being opened; null when memory is short.
+    std::unique_ptr<PanelPart> (*make)() = nullptr;
 };
 
-void RegisterPanelPart(const PanelPart& part);
+void RegisterPanelPart(const PanelPartType& type);
 struct PanelPartRegistration {
-    explicit PanelPartRegistration(const PanelPart& part) { RegisterPanelPart(part); }
+    explicit PanelPartRegistration(const PanelPartType& type) { RegisterPanelPart(type); }
 };
+
+// A part's `make`: `.make = NewPanelPart<CurvePart>`.
+template <class Part>
+std::unique_ptr<PanelPart> NewPanelPart()
+{
+    return std::unique_ptr<PanelPart>(new (std::nothrow) Part());
+}
 
 class TransformPanel : public QMdiSubWindow, public FrameHost {
 public:
@@ -50,11 +67,6 @@ public:
                         bool shortBar = false);
     // The open panel, or null: at most one transformation is open.
     static TransformPanel* Current();
-    // What builds a module's own controls into the panel (the Amount control
-    // and the parameters); set by the controls once they exist.
-    using ControlBuilder = std::function<void(TransformPanel& panel, QVBoxLayout& layout)>;
-    static void SetControlBuilder(ControlBuilder builder);
-
     ~TransformPanel() override;
 
     TransformFrame& state() { return frame_; }
@@ -63,7 +75,8 @@ public:
     MainWindow* mainWindow() const { return main_; }
     QPushButton* button(int32_t id) const;
     // The control of the module's parameter `index` (null when it has none
-    // in the panel), and the identifier its messages carry.
+    // in the panel), and the identifier its messages carry. Integer fields,
+    // popup lists, edit boxes and check boxes, by the parameter's type.
     QWidget* paramControl(size_t index) const;
     static int32_t ParamControlId(size_t index);
     QCheckBox* autoBox() const { return auto_; }
@@ -108,7 +121,7 @@ private:
     class AmountControl* amount_ = nullptr;
     class ColorImgControl* inputPicker_ = nullptr;
     std::vector<QWidget*> paramControls_;  // one a parameter, in order
-    const PanelPart* part_ = nullptr;
+    std::unique_ptr<PanelPart> part_;
     bool creating_ = false;  // a preview is being made: no display runs yet
     bool closing_ = false;
 };

@@ -24,12 +24,12 @@
 #include "tone/color_space.h"
 #include "transform/controls/ui/control_event.h"
 #include "transform/controls/ui/probe_tool.h"
+#include "shell/messages.h"
 
 namespace lv {
 
 namespace {
 
-constexpr int32_t kChangedMessage = 1024;
 constexpr int32_t kMarginTop = 8;
 constexpr int32_t kMarginRight = 8;
 constexpr int32_t kMarginBottom = 8;
@@ -393,7 +393,7 @@ void CurveControl::Changed()
 {
     Rebuild();
     update();
-    SendControlMessage(parentWidget(), kChangedMessage, controlId_, 0);
+    SendControlMessage(parentWidget(), kMsgCurveChanged, controlId_, 0);
 }
 
 void CurveControl::LayoutTools()
@@ -608,7 +608,7 @@ void CurveControl::mouseReleaseEvent(QMouseEvent* event)
     DragTo(event->position().toPoint());
     drag_ = kNone;
     // The preview follows at the release, not during the drag.
-    SendControlMessage(parentWidget(), kChangedMessage, controlId_, 0);
+    SendControlMessage(parentWidget(), kMsgCurveChanged, controlId_, 0);
 }
 
 void CurveControl::UpdateCursor(QPoint pos)

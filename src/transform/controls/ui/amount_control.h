@@ -22,6 +22,7 @@
 #include "image/window.h"
 #include "transform/amount.h"
 #include "transform/controls/ui/image_menu.h"
+#include "shell/messages.h"
 
 class QLabel;
 class QMdiArea;
@@ -30,7 +31,6 @@ namespace lv {
 
 class SliderControl;
 
-inline constexpr int32_t kMsgAmountChanged = 1026;
 
 class AmountControl : public QWidget {
 public:

@@ -88,11 +88,11 @@ bool ColorControl::event(QEvent* event)
 {
     if (event->type() != ControlEvent::EventType()) return QWidget::event(event);
     const auto* message = static_cast<ControlEvent*>(event);
-    if (message->message == kColorMessage) {
+    if (message->message == kMsgColor) {
         color_ = ColorFromValue(message->value);
         update();
-        SendControlMessage(parentWidget(), kColorMessage, controlId_, ColorValue(color_));
-    } else if (message->message == kPickerClosedMessage) {
+        SendControlMessage(parentWidget(), kMsgColor, controlId_, ColorValue(color_));
+    } else if (message->message == kMsgPickerClosed) {
         picker_ = nullptr;
     }
     return true;

@@ -13,13 +13,12 @@
 #include "transform/controls/ui/control_event.h"
 #include "transform/controls/ui/image_menu.h"
 #include "transform/controls/ui/pedit.h"
+#include "shell/messages.h"
 
 namespace lv {
 
 namespace {
 
-constexpr int32_t kColorMsg = 1029;
-constexpr int32_t kPickerClosedMsg = 1030;
 constexpr int32_t kBevel = 2;
 const char* const kImageUserName = "Color Image Control";
 
@@ -191,10 +190,10 @@ bool ColorImgControl::event(QEvent* event)
         const auto* message = static_cast<ControlEvent*>(event);
         if (message->message == kMsgImageMenuChoice) {
             Choose(message->value);
-        } else if (message->message == kColorMsg) {
+        } else if (message->message == kMsgColor) {
             const auto v = static_cast<uint32_t>(message->value);
             PickerColorChanged(QColor(v >> 16 & 255, v >> 8 & 255, v & 255));
-        } else if (message->message == kPickerClosedMsg) {
+        } else if (message->message == kMsgPickerClosed) {
             picker_ = nullptr;
         }
         return true;

@@ -21,12 +21,12 @@
 
 #include "image/window.h"
 #include "transform/controls/ui/image_menu.h"
+#include "shell/messages.h"
 
 class QMdiArea;
 
 namespace lv {
 
-inline constexpr int32_t kMsgImagePicker = 1041;
 inline constexpr int32_t kColorImgSquare = 33;
 
 class ColorImgControl : public QWidget {

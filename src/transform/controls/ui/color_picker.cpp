@@ -350,7 +350,7 @@ void ColorPicker::NotifyClosed()
 {
     if (closedSent_) return;
     closedSent_ = true;
-    SendControlMessage(owner_, kPickerClosedMessage, controlId_, ColorValue(color()));
+    SendControlMessage(owner_, kMsgPickerClosed, controlId_, ColorValue(color()));
 }
 
 void ColorPicker::SetColor(QColor color)
@@ -376,10 +376,10 @@ bool ColorPicker::event(QEvent* event)
 {
     if (event->type() == UserMessageEvent::EventType()) {
         switch (static_cast<UserMessageEvent*>(event)->message) {
-        case kMsgPanelTab: StepFocus(true); break;
-        case kMsgPanelBackTab: StepFocus(false); break;
-        case kMsgPanelCancel: Cancel(); break;
-        case kMsgPanelAccept: Accept(); break;
+        case kMsgTab: StepFocus(true); break;
+        case kMsgBackTab: StepFocus(false); break;
+        case kMsgEscape: Cancel(); break;
+        case kMsgEnter: Accept(); break;
         default: break;
         }
         return true;
@@ -455,7 +455,7 @@ void ColorPicker::Refresh(QSpinBox* source, uint32_t before, bool notify)
     valueBar_->update();
     newSwatch_->update();
     const uint32_t now = PackRgb(rgb_);
-    if (notify && now != before) SendControlMessage(owner_, kColorMessage, controlId_, now);
+    if (notify && now != before) SendControlMessage(owner_, kMsgColor, controlId_, now);
 }
 
 ColorPicker* OpenColorPicker(QMdiArea* workspace, int width, int height, const QString& title,

@@ -14,6 +14,7 @@
 #include <cstdint>
 
 #include "transform/controls/compass_math.h"
+#include "shell/messages.h"
 
 class QMdiArea;
 class QPushButton;
@@ -22,8 +23,6 @@ class QSpinBox;
 namespace lv {
 
 constexpr int32_t kColorPickerKind = 9;  // the window kind in "lvWindowKind"
-constexpr int32_t kColorMessage = 1029;
-constexpr int32_t kPickerClosedMessage = 1030;
 
 // The colour as the value of a colour message, and back.
 int64_t ColorValue(QColor color);

@@ -54,7 +54,7 @@ void CompassControl::Track(QPoint p)
     const int32_t v = CompassValue(p.x() - c.x(), p.y() - c.y());
     angle_ = CompassAngleFromValue(v);
     update();
-    SendControlMessage(parentWidget(), kCompassMoved, controlId_, v);
+    SendControlMessage(parentWidget(), kMsgCompassMoved, controlId_, v);
 }
 
 void CompassControl::mousePressEvent(QMouseEvent* event)
@@ -73,7 +73,7 @@ void CompassControl::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton || !dragging_) return;
     dragging_ = false;
-    SendControlMessage(parentWidget(), kCompassReleased, controlId_, value());
+    SendControlMessage(parentWidget(), kMsgCompassReleased, controlId_, value());
 }
 
 }  // namespace lv

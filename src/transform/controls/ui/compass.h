@@ -6,10 +6,10 @@
 #include <QWidget>
 #include <cstdint>
 
+#include "shell/messages.h"
+
 namespace lv {
 
-constexpr int32_t kCompassReleased = 1077;
-constexpr int32_t kCompassMoved = 1078;
 
 class CompassControl : public QWidget {
 public:

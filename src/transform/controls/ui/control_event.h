@@ -1,8 +1,7 @@
-// How a panel control talks to its panel: a private message (1025 value
-// changed, 1026 Amount changed, 1027 and 1028 slider released and moved, 1029
-// colour, 1041 image picker, 1042 text, 1048 integer, 1050 tool bar, 1067
-// drop-down choice, 1076 image menu choice, 1077 and 1078 compass) with the
-// control's identifier and a value, sent to the control's parent widget.
+// How a panel control talks to its panel: a private message of
+// shell/messages.h (kMsgValueChanged, kMsgAmountChanged, kMsgSliderMoved, ...)
+// with the control's identifier and a value, sent to the control's parent
+// widget.
 #pragma once
 
 #include <QCoreApplication>

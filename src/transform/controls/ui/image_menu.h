@@ -21,6 +21,7 @@
 
 #include "image/image.h"
 #include "image/window.h"
+#include "shell/messages.h"
 
 class QMdiArea;
 
@@ -28,7 +29,6 @@ namespace lv {
 
 class ImageSubWindow;
 
-inline constexpr int32_t kMsgImageMenuChoice = 1076;
 inline constexpr int32_t kImageMenuRow = 33;
 inline constexpr int32_t kImageMenuPicture = 32;
 

@@ -42,7 +42,7 @@ bool ControlLineEdit::event(QEvent* event)
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Tab || key == Qt::Key_Backtab) {
             SendControlMessage(control_->parentWidget(),
-                               key == Qt::Key_Tab ? kMsgFieldTab : kMsgFieldBackTab, controlId_, 0);
+                               key == Qt::Key_Tab ? kMsgTab : kMsgBackTab, controlId_, 0);
             return true;
         }
     }

@@ -8,14 +8,9 @@
 #include <QWidget>
 #include <cstdint>
 
-namespace lv {
+#include "shell/messages.h"
 
-enum FieldMessage : int32_t {
-    kMsgText = 1042,
-    kMsgInteger = 1048,
-    kMsgFieldTab = 1059,
-    kMsgFieldBackTab = 1060,
-};
+namespace lv {
 
 // The edit inside Integer and PEdit: hands Tab and Shift+Tab to the control's
 // parent instead of moving the focus, and selects all its text when the

@@ -11,15 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "shell/messages.h"
+
 class QScrollBar;
 class QTimer;
 
 namespace lv {
-
-enum PopupMessage : int32_t {
-    kMsgValueChanged = 1025,
-    kMsgDropChoice = 1067,
-};
 
 inline constexpr int32_t kPopupVisibleLines = 24;
 

@@ -8,16 +8,11 @@
 #include <QObject>
 #include <cstdint>
 
+#include "shell/messages.h"
+
 namespace lv {
 
 class ImageSubWindow;
-
-enum ProbeMessage : int32_t {
-    kMsgProbeRead = 1054,
-    kMsgProbeEnd = 1055,
-    kMsgProbeMove = 1056,
-    kMsgProbeLost = 1057,
-};
 
 // Makes `owner` the probe's owner and the probe the current tool.
 void StartProbe(QObject* owner);

@@ -8,12 +8,9 @@
 #include <QWidget>
 #include <cstdint>
 
-namespace lv {
+#include "shell/messages.h"
 
-enum SliderMessage : int32_t {
-    kMsgSliderReleased = 1027,
-    kMsgSliderMoved = 1028,
-};
+namespace lv {
 
 class SliderControl : public QWidget {
 public:

@@ -149,7 +149,7 @@ void ToolBarControl::mousePressEvent(QMouseEvent* event)
         held_ = index;
         update(ButtonRect(index));
     }
-    SendControlMessage(parentWidget(), kToolBarMessage, controlId_, index);
+    SendControlMessage(parentWidget(), kMsgToolBar, controlId_, index);
 }
 
 void ToolBarControl::mouseReleaseEvent(QMouseEvent* event)

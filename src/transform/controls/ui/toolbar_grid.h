@@ -12,6 +12,8 @@
 #include <array>
 #include <cstdint>
 
+#include "shell/messages.h"
+
 namespace lv {
 
 enum ToolBarKind : int32_t {
@@ -20,7 +22,6 @@ enum ToolBarKind : int32_t {
     kToolBarToggles = 2,
 };
 
-constexpr int32_t kToolBarMessage = 1050;
 constexpr int32_t kToolBarMaxButtons = 64;
 constexpr int32_t kToolTipDelay = 1000;  // milliseconds of hovering before the tip shows
 
