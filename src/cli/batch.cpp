@@ -6,6 +6,7 @@
 
 #include "files/formats.h"
 #include "shell/errors.h"
+#include "shell/stderr_frontend.h"
 #include "shell/text.h"
 
 namespace lv::cli {
@@ -89,11 +90,14 @@ int RunJobs(const std::vector<Job>& jobs, bool batch, const std::function<Failur
 {
     int first = 0;
     for (const Job& job : jobs) {
+        // Interrupted: the files not begun are left alone.
+        if (StderrFrontEnd::CancelRequested()) return first ? first : kErrAborted;
         ClearErrorDetail();
         const Failure failure = run(job);
         if (failure.code) {
             PrintFailure(failure);
             if (!first) first = failure.code;
+            if (failure.code == kErrAborted) return first;
         } else if (batch) {
             std::printf("%s -> %s\n", job.input.c_str(), job.output.c_str());
         }

@@ -2,6 +2,7 @@
 // work. Errors are printed with the program's own message, the file they are
 // about and the reason, and the exit status is the error's code; a command
 // line that cannot be understood exits with 100 before any file is touched.
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -427,9 +428,19 @@ int Histogram(const std::vector<std::string>& args)
     return 0;
 }
 
+void OnSignal(int) { StderrFrontEnd::RequestCancel(); }
+
 int Main(int argc, char** argv)
 {
     InitEngineTables();
+    // An interruption is Cancel: the job stops at a row, its temporary file
+    // goes, the old file stays, and the command exits 11. A second one
+    // ends the program at once.
+    struct sigaction action = {};
+    action.sa_handler = OnSignal;
+    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
     // Bars only on a terminal, or when LUMIVUE_PROGRESS=1 asks for them.
     const char* forced = std::getenv("LUMIVUE_PROGRESS");
     StderrFrontEnd frontEnd(stderr, isatty(fileno(stderr)) || (forced && *forced == '1'));

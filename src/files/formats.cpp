@@ -12,6 +12,7 @@
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
+#include "shell/safe_write.h"
 #include "shell/frontend.h"
 #include "shell/text.h"
 
@@ -82,6 +83,7 @@ struct ReadContext {
     bool showBox = false;
     bool boxOpen = false;
     int32_t format = 0;
+    bool outOfMemory = false;  // the picture could not be made: code 1
 };
 
 // Formats whose header gives pixels per inch; the others give pixels per
@@ -100,14 +102,11 @@ bool ResolutionInInches(int32_t format)
     }
 }
 
-// Why an image of that kind and width could not be made: its rows would not
-// fit in a block, or memory is short.
-std::string AllocationReason(int32_t kind, int32_t width)
+// Whether rows of that kind and width fit in a block of the image record.
+bool RowsFit(int32_t kind, int32_t width)
 {
     const int32_t bits = kind == kImageBinary ? 1 : (kind == kImageGray ? 8 : 24);
-    if (ImageRowBytes64(RowBytes(width, bits)) > kBlockBytes)
-        return FormatText("rows of %d pixels are too wide", width);
-    return "out of memory";
+    return ImageRowBytes64(RowBytes(width, bits)) <= kBlockBytes;
 }
 
 int32_t ReadHeader(const LibraryHeader& header, void* context)
@@ -141,8 +140,14 @@ int32_t ReadHeader(const LibraryHeader& header, void* context)
     double resolution = header.xResolution;
     if (!ResolutionInInches(c.format)) resolution *= kMetresPerInch;
     if (resolution <= 0.0) resolution = CurrentPreferences().defaultResolution;
-    if (ImageAlloc(*c.image, kind, header.width, header.height, resolution) || !c.image->rows)
-        return Refuse(AllocationReason(kind, header.width));
+    if (!RowsFit(kind, header.width))
+        return Refuse(FormatText("rows of %d pixels are too wide", header.width));
+    // The record refuses a picture larger than the memory before taking any.
+    if (ImageAlloc(*c.image, kind, header.width, header.height, resolution) || !c.image->rows) {
+        c.outOfMemory = true;
+        return Refuse(FormatText("a picture of %d x %d pixels does not fit in memory",
+                                 header.width, header.height));
+    }
     c.rowCount = 0;
     if (c.showBox) {
         ProgressOpen(0, header.height - 1, "File Open", true);
@@ -201,8 +206,9 @@ int32_t WriteRow(void* context, uint8_t* buffer, int32_t row)
     return ProgressStep(c.rowCount - 1) ? kLibraryAbort : 0;
 }
 
-// Writes the picture to `path` in a library format: 0, 11, or 6 with the
-// reason, for a file that could not be created as well as for a failed write.
+// Writes the picture to `path` in a library format, in place of any old file
+// only once complete (shell/safe_write.h): 0, 11, or 6 with the reason, for a
+// file that could not be created or replaced as well as for a failed write.
 int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format)
 {
     LibraryHeader header;
@@ -229,19 +235,16 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
         ResolutionInInches(format) ? image.resolution : image.resolution / kMetresPerInch;
     header.xResolution = header.yResolution = RoundToInt(resolution);
 
-    File file;
-    if (FileCreate(path, file) != kOk) return kErrWriting;
+    SafeWrite write;
+    if (SafeWriteOpen(write, path) != kOk) return kErrWriting;
     ProgressOpen(0, image.height - 1, "File Save", true);
     WriteContext context{&image};
-    const int32_t result = LibraryWrite(file, header, format, WriteRow, &context);
+    const int32_t result = LibraryWrite(write.file, header, format, WriteRow, &context);
     ProgressClose();
-    errno = 0;
-    // Buffered bytes that do not fit on the disk fail here.
-    const int32_t closed = FileClose(file);
-    if (closed != kOk && result == 0) SetErrorDetail(codec::SystemReason("cannot write the file"));
     if (result == kLibraryAbort) return kErrAborted;
-    if (result != 0 || closed != kOk) return kErrWriting;
-    return kOk;
+    if (result != 0) return kErrWriting;
+    // Buffered bytes that do not fit on the disk fail here.
+    return SafeWriteCommit(write) == kOk ? kOk : kErrWriting;
 }
 
 // The library path of reading. `typeName` names the format the file is
@@ -266,6 +269,7 @@ int32_t ReadLibraryFile(const std::string& path, Image& image, bool showBox, con
     FileClose(file);
     if (context.boxOpen) ProgressClose();
     if (result == kLibraryAbort) return kErrAborted;
+    if (result != 0 && context.outOfMemory) return kErrOutOfMemory;
     return result == 0 ? kOk : kErrReading;
 }
 
@@ -352,6 +356,8 @@ int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, b
 {
     const FileTypeInfo* type = FindFileType(fileType);
     if (!type || fileType == kTypeAll) return kErrUnknownFileType;
+    // Only regular files: a pipe or a device could hold the program forever.
+    if (int32_t code = FileCheckRegular(path)) return code;
     // Contents first: slide files are JPEGs under other names. A file that
     // cannot be opened goes on to the reader of its type, which reports it.
     {
@@ -377,7 +383,7 @@ int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, b
     default: break;
     }
     const int32_t result = ReadLibraryFile(path, image, showBox, type->filterName);
-    if (result == kOk || result == kErrAborted) return result;
+    if (result == kOk || result == kErrAborted || result == kErrOutOfMemory) return result;
     return type->readError;
 }
 
@@ -395,25 +401,14 @@ int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& ima
     const SaveFilterInfo* f = FindSaveFilter(filter);
     if (!f) return kErrUnknownFileType;
     if (int32_t code = CheckSaveKind(filter, image)) return code;
-    // The picture goes to a temporary file beside the target, which takes
-    // the target's place only when it is complete. Any failure, making the
-    // temporary file, writing it or renaming it, is the format's write error,
+    // Every writer puts its file in the target's place only when it is
+    // complete (shell/safe_write.h); any failure is the format's write error,
     // with the reason left where it happened.
-    const std::string temporary = TemporaryPathFor(path);
-    int32_t result = filter == kSaveJpeg ? JPEGWrite(temporary, image, options.jpegQuality,
+    int32_t result = filter == kSaveJpeg ? JPEGWrite(path, image, options.jpegQuality,
                                                      options.jpegSampling, options.jpegPalette)
-                                         : WriteWithLibrary(temporary, image, f->format);
-    if (result == kOk) {
-        errno = 0;
-        if (FileReplace(temporary, path) != kOk) {
-            SetErrorDetail(codec::SystemReason("cannot replace the file"));
-            result = f->writeError;
-        }
-    }
-    if (result != kOk) {
-        FileDelete(temporary);
-        if (result != kErrAborted && result != kErrOutOfMemory) result = f->writeError;
-    }
+                                         : WriteWithLibrary(path, image, f->format);
+    if (result != kOk && result != kErrAborted && result != kErrOutOfMemory)
+        result = f->writeError;
     return result;
 }
 

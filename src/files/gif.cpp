@@ -29,10 +29,6 @@ namespace {
 
 using namespace codec;
 
-// LZW with codes of at least 3 bits and strings of at most 4096 pixels: a
-// byte of data never gives more than 4096 pixels.
-constexpr int64_t kMaxExpansion = 4096;
-
 int GifInput(GifFileType* gif, GifByteType* data, int length)
 {
     if (length <= 0) return 0;
@@ -175,7 +171,7 @@ int32_t GifRead(File& file, const LibraryReader& reader)
         return Refuse("bad frame position");
     const int64_t width = std::max<int64_t>(gif->SWidth, int64_t{frame.Left} + frame.Width);
     const int64_t height = std::max<int64_t>(gif->SHeight, int64_t{frame.Top} + frame.Height);
-    if (width <= 0 || height <= 0 || width * height > fileSize * kMaxExpansion)
+    if (width <= 0 || height <= 0)
         return Refuse(FormatText("header claims %d x %d pixels", width, height));
 
     // The colour table: the frame's own, else the global one, else gray.

@@ -17,6 +17,7 @@
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
+#include "shell/safe_write.h"
 #include "shell/preferences.h"
 #include "shell/text.h"
 
@@ -123,9 +124,6 @@ void InstallErrorHandlers(jpeg_error_mgr& errors)
 // ---------------------------------------------------------------------------
 // Reading
 
-// Pixels a byte of file must at least carry; see the size guard in jpeg.h.
-inline constexpr int64_t kHuffmanPixelsPerByte = 2048;
-inline constexpr int64_t kArithmeticPixelsPerByte = 16384;
 
 struct ReadJob {
     JumpTarget jump;
@@ -213,13 +211,10 @@ bool ScansComplete(const ReadJob& job)
     return true;
 }
 
-// Why an image of that size could not be made: its rows would not fit in a
-// block, or memory is short.
-std::string AllocationReason(int32_t width, bool gray)
+// Whether rows of that width fit in a block of the image record.
+bool RowsFit(int32_t width, bool gray)
 {
-    if (ImageRowBytes64(int64_t{width} * (gray ? 1 : 3)) > kBlockBytes)
-        return FormatText("rows of %d pixels are too wide", width);
-    return "out of memory";
+    return ImageRowBytes64(int64_t{width} * (gray ? 1 : 3)) <= kBlockBytes;
 }
 
 // The libjpeg part of a read. Returns 0 or a result code, with the reason;
@@ -239,13 +234,6 @@ int32_t DecodeJpeg(ReadJob& job)
     jpeg_stdio_src(&cinfo, job.stream);
     jpeg_read_header(&cinfo, TRUE);
 
-    const int64_t pixels = int64_t{cinfo.image_width} * cinfo.image_height;
-    const int64_t perByte = cinfo.arith_code ? kArithmeticPixelsPerByte : kHuffmanPixelsPerByte;
-    if (pixels > job.fileSize * perByte) {
-        SetErrorDetail(
-            FormatText("header claims %d x %d pixels", cinfo.image_width, cinfo.image_height));
-        JumpWith(Common(cinfo), kErrJpegRead);
-    }
 
     const bool gray = cinfo.num_components == 1;
     const bool cmyk = cinfo.jpeg_color_space == JCS_CMYK || cinfo.jpeg_color_space == JCS_YCCK;
@@ -253,11 +241,15 @@ int32_t DecodeJpeg(ReadJob& job)
     jpeg_calc_output_dimensions(&cinfo);
     const int32_t width = static_cast<int32_t>(cinfo.output_width);
     const int32_t height = static_cast<int32_t>(cinfo.output_height);
-    const int32_t code =
-        ImageAlloc(*job.image, gray ? kImageGray : kImageColor, width, height, job.resolution);
-    if (code != 0) {
-        SetErrorDetail(AllocationReason(width, gray));
-        JumpWith(Common(cinfo), code);
+    if (!RowsFit(width, gray)) {
+        SetErrorDetail(FormatText("rows of %d pixels are too wide", width));
+        JumpWith(Common(cinfo), kErrJpegRead);
+    }
+    // The record refuses a picture larger than the memory before taking any.
+    if (ImageAlloc(*job.image, gray ? kImageGray : kImageColor, width, height, job.resolution)) {
+        SetErrorDetail(
+            FormatText("a picture of %d x %d pixels does not fit in memory", width, height));
+        JumpWith(Common(cinfo), kErrOutOfMemory);
     }
 
     JSAMPARRAY cmykRow = nullptr;
@@ -570,25 +562,18 @@ int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, 
         }
     }
 
-    File file;
-    if (FileCreate(path, file) != 0) return kErrJpegWrite;
+    SafeWrite write;
+    if (SafeWriteOpen(write, path) != kOk) return kErrJpegWrite;
     WriteJob job{};
-    job.stream = file.stream;
+    job.stream = write.file.stream;
     job.image = &image;
     job.scale = JpegScale(JpegFactor(quality));
     job.sampling = sampling;
     ProgressOpen(0, 100, "File Save (JPEG)", true);
     int32_t result = EncodeJpeg(job);
     ProgressClose();
-    errno = 0;
-    if (FileClose(file) != 0 && result == kOk) {
-        SetErrorDetail(codec::SystemReason("cannot write the file"));
-        result = kErrJpegWrite;
-    }
-    if (result != kOk) {
-        FileDelete(path);
-        return result;
-    }
+    if (result != kOk) return result;  // the temporary goes with `write`
+    if (SafeWriteCommit(write) != kOk) return kErrJpegWrite;
     if (palette768) PaletteSummary(image, histogram, palette768);
     return kOk;
 }

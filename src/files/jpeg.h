@@ -44,21 +44,17 @@ bool LooksLikeJpeg(const uint8_t* bytes, size_t count);
 // Reads a JPEG file into `image` (freed first by the allocation). With
 // `showBox` the box "File Open (JPEG)" runs from 0 to 100, the percent done,
 // and its Cancel stops the read between rows. Results: 0; 1 when memory is
-// short or the picture is too large for an image (a row over one block);
-// 11 when aborted; 22 when the file cannot be opened, is not a JPEG, is
-// damaged or truncated, or claims a picture its size cannot hold. On failure
+// short or the picture does not fit in memory; 11 when aborted; 22 when the
+// file cannot be opened, is not a JPEG, is damaged or truncated, or has rows
+// too wide for the image record. On failure
 // `image` is left empty and ErrorDetail() holds the reason: the system's for
 // a file that cannot be opened, else libjpeg's message or ours ("header
-// claims 60000 x 60000 pixels").
+// rows of 30000 pixels are too wide").
 //
-// Size guard, checked before anything is allocated: a Huffman-coded file
-// spends at least one bit on every 8x8 block of its full-resolution
-// component, so a file smaller than width * height / 512 bytes cannot hold
-// its picture. The file is refused when it is smaller than width * height /
-// 2048 bytes (four times below that floor), or / 16384 when it is
-// arithmetic-coded, since arithmetic coding can spend far less than a bit on
-// a flat block. No real photograph comes near either bound; a header that
-// claims a huge picture over a few bytes fails at once.
+// No size is refused for its own sake: a picture is refused only when its
+// rows do not fit a block of the image record (22) or it does not fit in
+// memory (1, before anything is allocated); a flat page of many pixels in a
+// few hundred bytes opens.
 //
 // A file that ends before its picture does is refused rather than shown with
 // a gray remainder ("premature end of JPEG file"): one cut inside a scan, or

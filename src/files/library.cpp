@@ -21,7 +21,9 @@ bool StartsWith(const uint8_t* bytes, size_t count, const char* magic, size_t le
 // by its name.
 int32_t FormatOfBytes(const uint8_t* bytes, size_t count, const std::string& path)
 {
-    if (StartsWith(bytes, count, "II*\0", 4) || StartsWith(bytes, count, "MM\0*", 4))
+    // Classic TIFF, and BigTIFF ("+" for 43), which libtiff reads alike.
+    if (StartsWith(bytes, count, "II*\0", 4) || StartsWith(bytes, count, "MM\0*", 4) ||
+        StartsWith(bytes, count, "II+\0", 4) || StartsWith(bytes, count, "MM\0+", 4))
         return kFormatTiff;
     if (StartsWith(bytes, count, "\x89PNG\r\n\x1a\n", 8)) return kFormatPng;
     if (StartsWith(bytes, count, "GIF87a", 6) || StartsWith(bytes, count, "GIF89a", 6))

@@ -35,11 +35,8 @@ namespace {
 
 using namespace codec;
 
-constexpr int64_t kMaxPictureBytes = int64_t{1} << 30;
-// Deflate expands at most about 1032 times; the margin covers the filter
-// bytes and the row padding of interlaced passes.
-constexpr int64_t kMaxExpansion = 1100;
-constexpr png_uint_32 kMaxSide = 1000000;
+// The largest side the format allows.
+constexpr png_uint_32 kMaxSide = 0x7FFFFFFF;
 
 // ---------------------------------------------------------------------------
 // Callbacks handed to libpng. The error function records the message and
@@ -267,9 +264,6 @@ int32_t PngRead(File& file, const LibraryReader& reader)
     const std::string claimed = FormatText("header claims %d x %d pixels", width, height);
     if (width <= 0 || height <= 0) return Refuse(claimed);
     const int64_t outBytes = RowBytes(width, layout.outBits);
-    if (outBytes * height > kMaxPictureBytes ||
-        (static_cast<int64_t>(layout.storedRowBytes) + 1) * height > fileSize * kMaxExpansion)
-        return Refuse(claimed);
     if (static_cast<int64_t>(layout.rowBytes) != outBytes)
         return Refuse(FormatText("unexpected row of %d bytes", layout.rowBytes));
     if (outBytes > kBlockBytes) return Refuse(FormatText("rows of %d pixels are too wide", width));

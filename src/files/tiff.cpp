@@ -45,8 +45,9 @@ using namespace codec;
 
 // The largest picture accepted, in bytes of output rows, and the largest
 // single buffer libtiff may allocate for one file.
-constexpr int64_t kMaxPictureBytes = int64_t{1} << 30;
-constexpr int64_t kMaxBufferBytes = int64_t{256} << 20;
+// What one band of the RGBA path holds at most; wider bands are cut into
+// fewer rows. Not a limit on pictures.
+constexpr int64_t kBandBytes = int64_t{256} << 20;
 constexpr double kCentimetresPerInch = 2.540005;
 
 // ---------------------------------------------------------------------------
@@ -170,7 +171,8 @@ TiffHandle OpenTiff(TiffStream& io, const char* mode, TiffMessages* messages)
     });
     std::unique_ptr<TIFFOpenOptions, TiffOptionsFree> options(TIFFOpenOptionsAlloc());
     if (!options) return nullptr;
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(kMaxBufferBytes));
+    // libtiff may take as much as one picture may (a whole strip at once).
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(ImageMemoryLimit()));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TiffErrorHandler, messages);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), TiffWarningHandler, messages);
     return TiffHandle(TIFFClientOpenExt(kStreamName, mode, &io, TiffReadProc, TiffWriteProc,
@@ -254,27 +256,9 @@ Form ChooseForm(const TiffFields& f)
     return Form::Rgba;
 }
 
-// How many times larger than its stored bytes decoded data can be under a
-// compression, generously. Fax codings can give a whole row for one bit,
-// which is handled apart.
-int64_t ExpansionBound(uint16_t compression)
-{
-    switch (compression) {
-    case COMPRESSION_NONE: return 1;
-    case COMPRESSION_PACKBITS: return 64;
-    case COMPRESSION_ADOBE_DEFLATE:
-    case COMPRESSION_DEFLATE: return 1100;
-    default: return 4096;
-    }
-}
-
-bool IsFax(uint16_t compression)
-{
-    return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||
-           compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
-}
-
-// Whether the file can hold the picture its header claims.
+// Whether an uncompressed file holds the bytes its header claims. Compressed
+// data can be any amount smaller than the picture (a flat page), so nothing
+// is guessed for it: a damaged one fails where its data runs out.
 bool SizeIsPlausible(TIFF* tif, const TiffFields& f, int64_t fileSize)
 {
     uint64_t decoded = 0;
@@ -285,10 +269,7 @@ bool SizeIsPlausible(TIFF* tif, const TiffFields& f, int64_t fileSize)
         if (f.planar == PLANARCONFIG_SEPARATE) decoded *= f.samples;
     }
     if (decoded == 0) return false;
-    if (IsFax(f.compression)) return static_cast<uint64_t>(fileSize) * 8 >= f.height;
-    const uint64_t bound =
-        static_cast<uint64_t>(fileSize) * static_cast<uint64_t>(ExpansionBound(f.compression));
-    return decoded <= bound;
+    return f.compression != COMPRESSION_NONE || decoded <= static_cast<uint64_t>(fileSize);
 }
 
 // Some writers leave YCbCr weights that libtiff's converter refuses (all
@@ -362,7 +343,7 @@ struct RowSource {
         fields = &f;
         if (!f.tiled) {
             const uint64_t bytes = TIFFScanlineSize64(tif);
-            if (bytes == 0 || bytes > static_cast<uint64_t>(kMaxBufferBytes))
+            if (bytes == 0 || bytes > static_cast<uint64_t>(ImageMemoryLimit()))
                 return Reject(FormatText("unusable scanline of %d bytes", bytes));
             return Allocate(line, static_cast<int64_t>(bytes));
         }
@@ -374,7 +355,7 @@ struct RowSource {
         const uint64_t bandBytes = static_cast<uint64_t>(bandRowBytes) * f.tileLength;
         if (tileBytes == 0 || tileRowBytes == 0 ||
             tileBytes < static_cast<uint64_t>(tileRowBytes) * f.tileLength ||
-            bandBytes > static_cast<uint64_t>(kMaxBufferBytes))
+            bandBytes > static_cast<uint64_t>(ImageMemoryLimit()))
             return Reject(
                 FormatText("unusable tiles of %d x %d pixels", f.tileWidth, f.tileLength));
         return Allocate(tile, static_cast<int64_t>(tileBytes)) &&
@@ -527,7 +508,7 @@ int32_t ReadRgbaRows(TIFF* tif, const TiffFields& f, const LibraryReader& reader
     uint32_t bandRows = f.tiled ? f.tileLength : f.rowsPerStrip;
     bandRows = std::clamp<uint32_t>(bandRows, 1, f.height);
     const uint64_t rowPixels = f.width;
-    const uint64_t limit = static_cast<uint64_t>(kMaxBufferBytes) / 4 / rowPixels;
+    const uint64_t limit = static_cast<uint64_t>(kBandBytes) / 4 / rowPixels;
     if (limit == 0) return Refuse(FormatText("rows of %d pixels are too wide", f.width));
     bandRows = static_cast<uint32_t>(std::min<uint64_t>(bandRows, limit));
     // libtiff fills whole 32-bit pixels, so this one buffer is of those.
@@ -675,7 +656,6 @@ int32_t TiffRead(File& file, const LibraryReader& reader)
     const int64_t outBytes = RowBytes(f.width, header.bitsPerPixel);
     if (outBytes > kBlockBytes)
         return Refuse(FormatText("rows of %d pixels are too wide", f.width));
-    if (outBytes * f.height > kMaxPictureBytes) return Refuse(claimed);
 
     header.width = static_cast<int32_t>(f.width);
     header.height = static_cast<int32_t>(f.height);

@@ -1,5 +1,10 @@
 #include "image/image.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -131,6 +136,33 @@ int32_t ImageBlockBytes(const Image& image, int32_t block)
     return lastRows * image.stride;
 }
 
+namespace {
+
+std::atomic<int64_t> gMemoryBudget{0};
+
+int64_t MachineMemory()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    int64_t bytes = pages > 0 && pageSize > 0 ? int64_t{pages} * pageSize : INT64_MAX;
+    for (int resource : {RLIMIT_AS, RLIMIT_DATA}) {
+        struct rlimit limit;
+        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+            bytes = std::min<int64_t>(bytes, static_cast<int64_t>(limit.rlim_cur));
+    }
+    return bytes;
+}
+
+}  // namespace
+
+int64_t ImageMemoryLimit()
+{
+    const int64_t budget = gMemoryBudget.load();
+    return budget > 0 ? budget : MachineMemory();
+}
+
+void SetImageMemoryLimit(int64_t bytes) { gMemoryBudget.store(bytes > 0 ? bytes : 0); }
+
 int32_t ImageAlloc(Image& image, int32_t kind, int32_t width, int32_t height, double resolution)
 {
     if (image.kind == kind && image.width == width && image.height == height) {
@@ -155,6 +187,10 @@ int32_t ImageAlloc(Image& image, int32_t kind, int32_t width, int32_t height, do
     image.stride = static_cast<int32_t>(stride);
     const int32_t rowCount = IsPicture(kind) ? height : 1;
     if (image.stride == 0 || height == 0) return kOk;
+    if (stride * rowCount > ImageMemoryLimit()) {
+        ImageFree(image);
+        return kErrOutOfMemory;
+    }
 
     image.rowsPerBlock = kBlockBytes / image.stride;
     int32_t lastRows = height % image.rowsPerBlock;

@@ -43,10 +43,19 @@ const char* ImageKindName(int32_t kind);
 // kind and size as it has, only the resolution changes and the pixels stay.
 // Result 0, or 1 when memory is short or a row would exceed one block. Block
 // contents are not cleared.
+// A picture larger than ImageMemoryLimit() is refused with 1 before anything
+// is allocated, whatever file or worker asked for it.
 void ImageClear(Image& image);
 int32_t ImageAlloc(Image& image, int32_t kind, int32_t width, int32_t height, double resolution);
 void ImageFree(Image& image);
 inline int32_t ImageRowBytes(int32_t n) { return (n + 3) & ~3; }
+
+// The most bytes one picture's pixels may take: the machine's memory, or the
+// process's own address-space or data limit when lower, unless a smaller
+// budget was set (the fuzzers set one). SetImageMemoryLimit(0) goes back to
+// the machine's.
+int64_t ImageMemoryLimit();
+void SetImageMemoryLimit(int64_t bytes);
 
 // Rows that hold memory: `height` for pictures, 1 for a solid colour or a
 // histogram, 0 when nothing is allocated.

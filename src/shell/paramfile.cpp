@@ -37,100 +37,31 @@ int32_t ParamReadLine(ParamReader& reader, std::vector<std::string>& tokens)
     }
 }
 
-namespace {
-
-// A name for the temporary file in the target's folder, hidden, and unique
-// to this process and attempt.
-std::string TemporaryName(const std::string& path, int32_t attempt)
-{
-    size_t cut = path.find_last_of("/\\");
-    std::string folder = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
-    std::string name = cut == std::string::npos ? path : path.substr(cut + 1);
-    return folder + "." + name + "." + std::to_string(::getpid()) + "-" + std::to_string(attempt) +
-           ".tmp";
-}
-
-int32_t CreateFailure(int error)
-{
-    return error == EACCES || error == EPERM || error == EROFS ? kErrReadOnlyDisk
-                                                               : kErrCannotCreate;
-}
-
-void Discard(ParamWriter& writer)
-{
-    FileClose(writer.file);
-    if (!writer.tempPath.empty()) FileDelete(writer.tempPath);
-    writer.tempPath.clear();
-}
-
-}  // namespace
-
-ParamWriter::~ParamWriter() { Discard(*this); }
-
 int32_t ParamWriteOpen(ParamWriter& writer, const std::string& path, std::string_view kind)
 {
-    Discard(writer);
-    writer.error = kOk;
-    try {
-        writer.path = path;
-        // Exclusive creation, so that a stale or foreign file of the same name
-        // is never overwritten; a few attempts get past leftovers.
-        for (int32_t attempt = 0; attempt < 100; ++attempt) {
-            std::string candidate = TemporaryName(path, attempt);
-            std::FILE* stream = std::fopen(candidate.c_str(), "wbx");
-            if (stream) {
-                writer.file.stream = stream;
-                writer.tempPath = std::move(candidate);
-                break;
-            }
-            if (errno != EEXIST) {
-                writer.error = CreateFailure(errno);
-                return writer.error;
-            }
-        }
-        if (writer.tempPath.empty()) {
-            writer.error = kErrCannotCreate;
-            return writer.error;
-        }
-        return ParamWriteText(writer, std::string(kind) + " 1.0");
-    } catch (const std::bad_alloc&) {
-        Discard(writer);
-        writer.error = kErrOutOfMemory;
-        return writer.error;
-    }
+    writer.error = SafeWriteOpen(writer.write, path);
+    if (writer.error != kOk) return writer.error;
+    return ParamWriteText(writer, std::string(kind) + " 1.0");
 }
 
 int32_t ParamWriteText(ParamWriter& writer, std::string_view text)
 {
     if (writer.error != kOk) return writer.error;
-    if (!writer.file.stream) {
+    if (!writer.write.file.stream) {
         writer.error = kErrWriting;
         return writer.error;
     }
-    writer.error = WriteLine(writer.file, text);
+    writer.error = WriteLine(writer.write.file, text);
     return writer.error;
 }
 
 int32_t ParamWriteCommit(ParamWriter& writer)
 {
-    if (writer.error == kOk && !writer.file.stream) writer.error = kErrCannotCreate;
-    if (writer.error == kOk) {
-        // Flush to the disk before the rename, so that a crash cannot leave
-        // an empty file under the target's name.
-        if (std::fflush(writer.file.stream) != 0 || ::fsync(fileno(writer.file.stream)) != 0) {
-            writer.error = kErrWriting;
-        }
-    }
-    if (writer.error == kOk && FileClose(writer.file) != kOk) writer.error = kErrWriting;
-    if (writer.error == kOk && std::rename(writer.tempPath.c_str(), writer.path.c_str()) != 0) {
-        writer.error = CreateFailure(errno);
-    }
-    if (writer.error != kOk) {
-        Discard(writer);
-        return writer.error;
-    }
-    writer.tempPath.clear();
-    return kOk;
+    if (writer.error == kOk) writer.error = SafeWriteCommit(writer.write);
+    // 9, a close that failed, is a write that failed to this reader.
+    if (writer.error == kErrClosing) writer.error = kErrWriting;
+    SafeWriteDiscard(writer.write);
+    return writer.error;
 }
 
 }  // namespace lv

@@ -31,6 +31,7 @@
 #include <string_view>
 #include <vector>
 
+#include "shell/safe_write.h"
 #include "shell/text.h"
 
 namespace lv {
@@ -58,16 +59,11 @@ int32_t ParamReadOpen(ParamReader& reader, const std::string& path, std::string_
 // failure.
 int32_t ParamReadLine(ParamReader& reader, std::vector<std::string>& tokens);
 
+// A parameter file is written as every file is: beside its target, and in
+// its place only when complete (shell/safe_write.h).
 struct ParamWriter {
-    File file;
-    std::string path;      // the target
-    std::string tempPath;  // the file being written, "" when none
-    int32_t error = 0;     // the first failure, reported by the commit
-
-    ParamWriter() = default;
-    ~ParamWriter();  // removes the temporary file unless committed
-    ParamWriter(const ParamWriter&) = delete;
-    ParamWriter& operator=(const ParamWriter&) = delete;
+    SafeWrite write;     // removes the temporary file unless committed
+    int32_t error = 0;  // the first failure, reported by the commit
 };
 
 // Starts a file: creates the temporary file beside `path` and writes the

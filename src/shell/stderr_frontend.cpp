@@ -1,6 +1,10 @@
 #include "shell/stderr_frontend.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "image/progress.h"
 
@@ -10,7 +14,27 @@ namespace {
 
 constexpr int32_t kBarWidth = 30;
 
+volatile std::sig_atomic_t gCancel = 0;
+
 }  // namespace
+
+void StderrFrontEnd::Init()
+{
+    // LUMIVUE_SLOW_JOBS=N makes every step of a job take N more
+    // milliseconds, to watch the bar or to interrupt a job in a test.
+    if (const char* slow = std::getenv("LUMIVUE_SLOW_JOBS")) slowMilliseconds_ = std::atoi(slow);
+}
+
+void StderrFrontEnd::RequestCancel() { gCancel = 1; }
+
+bool StderrFrontEnd::CancelRequested() { return gCancel != 0; }
+
+bool StderrFrontEnd::ProgressPump(const ProgressBox&)
+{
+    if (slowMilliseconds_ > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(slowMilliseconds_));
+    return gCancel != 0;
+}
 
 void StderrFrontEnd::Draw(const ProgressBox& box, const char* timeText)
 {

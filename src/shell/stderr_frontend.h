@@ -15,6 +15,7 @@ public:
     explicit StderrFrontEnd(std::FILE* stream = stderr, bool bars = true)
         : stream_(stream), bars_(bars)
     {
+        Init();
     }
 
     // The bar is drawn when the box opens and then only when the time shown
@@ -23,15 +24,26 @@ public:
     void ProgressTime(const ProgressBox& box, const std::string& text) override;
     void ProgressHide(const ProgressBox& box) override;
     int32_t MessageBox(const std::string& caption, int32_t mode, const std::string& text) override;
+    // True once RequestCancel was called: the job stops at its next row as
+    // at a click on Cancel.
+    bool ProgressPump(const ProgressBox& box) override;
+
+    // Asks the running job, and the command, to stop as Cancel would. Safe
+    // to call from a signal handler: the command line calls it on SIGINT,
+    // SIGTERM and SIGHUP.
+    static void RequestCancel();
+    static bool CancelRequested();
 
     // How many times the bar has been drawn; the tests read it.
     int32_t redraws() const { return redraws_; }
 
 private:
+    void Init();
     void Draw(const ProgressBox& box, const char* timeText);
 
     std::FILE* stream_;
     bool bars_;
+    int slowMilliseconds_ = 0;  // LUMIVUE_SLOW_JOBS: each step takes this much longer
     bool shown_ = false;
     int32_t redraws_ = 0;
 };

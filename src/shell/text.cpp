@@ -11,6 +11,7 @@
 #include <new>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,19 +49,49 @@ File& File::operator=(File&& other) noexcept
     return *this;
 }
 
+namespace {
+
+// Why an entry that is not a regular file cannot be read as one.
+const char* NotAFileReason(mode_t mode)
+{
+    if (S_ISDIR(mode)) return std::strerror(EISDIR);
+    if (S_ISFIFO(mode)) return "a named pipe, not a file";
+    if (S_ISCHR(mode) || S_ISBLK(mode)) return "a device, not a file";
+    if (S_ISSOCK(mode)) return "a socket, not a file";
+    return "not a regular file";
+}
+
+}  // namespace
+
+int32_t FileCheckRegular(const std::string& path)
+{
+    struct stat info;
+    if (::stat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode)) return kOk;
+    SetErrorDetail(NotAFileReason(info.st_mode));
+    return kErrCannotOpen;
+}
+
 int32_t FileOpenRead(const std::string& path, File& file)
 {
     FileClose(file);
-    std::FILE* stream = std::fopen(path.c_str(), "rb");
-    if (!stream) {
+    // Opened without waiting, so that a named pipe with no writer cannot
+    // hold the program; only a regular file is read.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) {
         SetErrorDetail(std::strerror(errno));
         return kErrCannotOpen;
     }
-    // fopen happily opens a directory for reading; only its reads fail.
     struct stat info;
-    if (fstat(fileno(stream), &info) != 0 || S_ISDIR(info.st_mode)) {
-        std::fclose(stream);
-        SetErrorDetail(std::strerror(EISDIR));
+    if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        SetErrorDetail(NotAFileReason(info.st_mode));
+        ::close(descriptor);
+        return kErrCannotOpen;
+    }
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    std::FILE* stream = ::fdopen(descriptor, "rb");
+    if (!stream) {
+        SetErrorDetail(std::strerror(errno));
+        ::close(descriptor);
         return kErrCannotOpen;
     }
     file.stream = stream;
@@ -178,23 +209,6 @@ int32_t WriteLine(File& file, std::string_view text)
     if (result != kOk) return result;
     if (text.size() >= 2 && text.substr(text.size() - 2) == "\r\n") return kOk;
     return FileWrite(file, 2, "\r\n");
-}
-
-std::string TemporaryPathFor(const std::string& path)
-{
-    static uint64_t serial = 0;
-    const size_t cut = path.find_last_of("/\\");
-    const std::string folder = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
-    const std::string name = cut == std::string::npos ? path : path.substr(cut + 1);
-    return folder + "." + name + "." + std::to_string(::getpid()) + "-" + std::to_string(++serial) +
-           ".tmp";
-}
-
-int32_t FileReplace(const std::string& temporary, const std::string& target)
-{
-    if (std::rename(temporary.c_str(), target.c_str()) == 0) return kOk;
-    return errno == EACCES || errno == EPERM || errno == EROFS ? kErrReadOnlyDisk
-                                                               : kErrCannotCreate;
 }
 
 // ---------------------------------------------------------------------------

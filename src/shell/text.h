@@ -33,9 +33,13 @@ struct File {
     File& operator=(File&& other) noexcept;
 };
 
-// Opens an existing file for reading. 4 when it cannot be opened (a directory
-// cannot). A file already open in `file` is closed first.
+// Opens an existing regular file for reading. 4 when it cannot be opened,
+// and at once for a folder, a named pipe or a device, with the reason. A
+// file already open in `file` is closed first.
 int32_t FileOpenRead(const std::string& path, File& file);
+// 4, with the reason, when `path` names something other than a regular file
+// (a folder, a pipe, a device); 0 when it is one or does not exist.
+int32_t FileCheckRegular(const std::string& path);
 // Creates (or empties) a file for writing. 37 when access is denied or the
 // file system is read-only, otherwise 3.
 int32_t FileCreate(const std::string& path, File& file);
@@ -64,14 +68,6 @@ int32_t ReadLine(File& file, std::string& line, int32_t limit);
 // Writes the text and a carriage return and line feed, unless the text ends
 // with them already. 6 on failure.
 int32_t WriteLine(File& file, std::string_view text);
-
-// A name for a temporary file beside `path`, in the same folder, hidden and
-// unique to this process and call: what a save writes before it replaces
-// the file.
-std::string TemporaryPathFor(const std::string& path);
-// Puts a finished temporary file in the place of `target`. 37 when access
-// is denied, else 3 on failure.
-int32_t FileReplace(const std::string& temporary, const std::string& target);
 
 // ---------------------------------------------------------------------------
 // Paths. "/" is written; "\" is also taken as a separator when reading.

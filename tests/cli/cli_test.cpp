@@ -1,6 +1,9 @@
 // lumivue-cli run as a user runs it: its exit status, its one-line messages
 // naming the file or option they are about, and what it writes.
+#include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -293,6 +296,67 @@ TEST_F(Cli, HistogramReadsEveryChannel)
     EXPECT_EQ(wrong.err, "lumivue-cli: " + path +
                              ": a color picture has no channel gray; luminance is its "
                              "brightness\n");
+}
+
+// An interruption is Cancel: the save stops at a row, its temporary goes,
+// the old file stays, and the command exits 11.
+TEST_F(Cli, SigtermDuringASaveLeavesTheOldFileAndNoTemporary)
+{
+    Image big;
+    ASSERT_EQ(MakeTestCard(big, kImageColor, 300, 150), 0);
+    const std::string in = dir_ / "in.tif";
+    ASSERT_EQ(WriteImageFile(in, kSaveTiff, big, SaveOptions()), 0);
+    const std::string folder = dir_ / "out";
+    std::filesystem::create_directory(folder);
+    const std::string out = folder + "/out.png";
+    const std::string old = "the old picture";
+    File("out/out.png", old);
+
+    // Each row a little slower, so that the save is still running.
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::setenv("LUMIVUE_SLOW_JOBS", "10", 1);
+        ::freopen("/dev/null", "w", stderr);
+        ::execl(LUMIVUE_CLI, LUMIVUE_CLI, "convert", in.c_str(), out.c_str(),
+                static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    // Wait for the temporary to appear beside the output, then interrupt.
+    bool saving = false;
+    for (int32_t wait = 0; wait < 2000 && !saving; ++wait) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            saving = saving || entry.path().extension() == ".tmp";
+        if (!saving) ::usleep(5000);
+    }
+    EXPECT_TRUE(saving);
+    ::kill(child, SIGTERM);
+    int raw = 0;
+    ASSERT_EQ(::waitpid(child, &raw, 0), child);
+    ASSERT_TRUE(WIFEXITED(raw));
+    EXPECT_EQ(WEXITSTATUS(raw), 11);
+    EXPECT_EQ(test::Contents(out), old);
+    size_t entries = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        (void)entry;
+        ++entries;
+    }
+    EXPECT_EQ(entries, 1u);
+}
+
+// A pipe or a folder given as a picture is refused at once.
+TEST_F(Cli, OnlyRegularFilesAreRead)
+{
+    const std::string pipe = dir_ / "pipe.png";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const Outcome run = Cmd({"convert", pipe, dir_ / "x.tif"});
+    EXPECT_EQ(run.status, 4);
+    EXPECT_EQ(run.err, "lumivue-cli: " + pipe + ": Cannot open file (a named pipe, not a file)\n");
+    const std::string folder = dir_ / "folder.tif";
+    std::filesystem::create_directory(folder);
+    const Outcome dir = Cmd({"info", folder});
+    EXPECT_EQ(dir.status, 4);
+    EXPECT_EQ(dir.err, "lumivue-cli: " + folder + ": Cannot open file (Is a directory)\n");
 }
 
 // The reference in the docs is what the declarations say today.

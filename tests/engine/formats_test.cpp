@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -218,11 +221,25 @@ TEST(FileReading, UnopenableFilesGiveEachFormatsReadError)
         EXPECT_EQ(ReadImageFile(path, FileTypeFromName(path), image, false), c.code);
         EXPECT_EQ(ErrorDetail(), "No such file or directory");
     }
+    // Only regular files are read: a folder, a named pipe with no writer (which
+    // would hold the program forever) or a device is refused at once.
     fs::create_directory(dir / "folder.bmp");
-    Image image;
-    ClearErrorDetail();
-    EXPECT_EQ(ReadImageFile(dir / "folder.bmp", kTypeBmp, image, false), 28);
-    EXPECT_EQ(ErrorDetail(), "Is a directory");
+    ASSERT_EQ(::mkfifo((dir / "pipe.png").c_str(), 0600), 0);
+    const struct {
+        std::string path;
+        const char* reason;
+    } others[] = {{dir / "folder.bmp", "Is a directory"},
+                  {dir / "pipe.png", "a named pipe, not a file"},
+                  {"/dev/zero", "a device, not a file"}};
+    for (const auto& other : others) {
+        SCOPED_TRACE(other.path);
+        Image image;
+        ClearErrorDetail();
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(ReadImageFile(other.path, kTypePng, image, false), kErrCannotOpen);
+        EXPECT_EQ(ErrorDetail(), other.reason);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    }
 }
 
 // A refused file gives its type's read error and the codec's reason.

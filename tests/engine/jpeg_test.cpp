@@ -3,12 +3,16 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <jpeglib.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "shell/errors.h"
 #include "shell/preferences.h"
@@ -104,7 +108,7 @@ TEST(Jpeg, QualityFactorTablesAndSampling)
     EXPECT_GT(sizes[1], sizes[2]);
 }
 
-TEST(Jpeg, CancelStopsReadingAndWritingAndLeavesNoFile)
+TEST(Jpeg, CancelStopsReadingAndWritingAndLeavesTheOldFile)
 {
     TempDir dir;
     const std::string path = dir / "abort.jpg";
@@ -120,8 +124,13 @@ TEST(Jpeg, CancelStopsReadingAndWritingAndLeavesNoFile)
     EXPECT_EQ(fe.steps.back(), 50);
     EXPECT_EQ(fe.titles.at(0), "File Open (JPEG)");
 
+    // An aborted save leaves the old file as it was, and no temporary.
+    const std::string before = Contents(path);
     EXPECT_EQ(JPEGWrite(path, picture, 80, 0, nullptr), kErrAborted);
-    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(Contents(path), before);
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(path).parent_path()),
+                            fs::directory_iterator()),
+              1);
     EXPECT_EQ(fe.titles.back(), "File Save (JPEG)");
     EXPECT_EQ(ProgressCurrent(), nullptr);
 }
@@ -136,8 +145,10 @@ TEST(Jpeg, BadFilesAndImagesFailWithTheirCodes)
     EXPECT_EQ(JPEGRead(dir / "missing.jpg", read, true), 22);
     EXPECT_EQ(ErrorDetail(), "No such file or directory");
 
-    // A small file whose header claims 60000 by 60000 pixels fails at once,
-    // and one cut short is refused rather than shown with a gray remainder.
+    // One cut short is refused rather than shown with a gray remainder; a
+    // header claiming 60000 by 60000 pixels over a few bytes is refused with
+    // 1 when that picture does not fit in memory (here a budget of 64 MB),
+    // before anything is allocated.
     const Image small = Picture(kImageGray, 200, 200);
     ASSERT_EQ(JPEGWrite(dir / "bomb.jpg", small, 90, 0, nullptr), 0);
     std::string bytes = Contents(dir / "bomb.jpg");
@@ -146,8 +157,10 @@ TEST(Jpeg, BadFilesAndImagesFailWithTheirCodes)
     EXPECT_EQ(read.kind, kImageEmpty);
     bytes.replace(bytes.find("\xFF\xC0") + 5, 4, "\xEA\x60\xEA\x60");
     std::ofstream(dir / "bomb.jpg", std::ios::binary) << bytes;
-    EXPECT_EQ(JPEGRead(dir / "bomb.jpg", read, true), 22);
-    EXPECT_EQ(ErrorDetail(), "header claims 60000 x 60000 pixels");
+    SetImageMemoryLimit(64 << 20);
+    EXPECT_EQ(JPEGRead(dir / "bomb.jpg", read, true), kErrOutOfMemory);
+    EXPECT_EQ(ErrorDetail(), "a picture of 60000 x 60000 pixels does not fit in memory");
+    SetImageMemoryLimit(0);
 
     Image binary;
     ASSERT_EQ(ImageAlloc(binary, kImageBinary, 64, 64, 72.0), 0);
@@ -261,6 +274,47 @@ TEST(Jpeg, SharedFilesOpenAndDamagedOnesFailCleanly)
         const int32_t result = JPEGRead(entry.path().string(), image, true);
         EXPECT_TRUE(result == 22 || (result == 0 && name.starts_with("flipped"))) << name;
     }
+}
+
+}  // namespace
+}  // namespace lv
+
+namespace lv {
+namespace {
+
+// A blank page scanned at 600 dpi, arithmetic-coded: a few hundred bytes for
+// 34 million pixels. No ratio of pixels to bytes is held against it.
+TEST(Jpeg, AFlatArithmeticCodedPageOpens)
+{
+    test::TempDir dir;
+    const std::string path = dir / "page.jpg";
+    std::FILE* out = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(out, nullptr);
+    jpeg_compress_struct cinfo;
+    jpeg_error_mgr errors;
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&cinfo);
+    jpeg_stdio_dest(&cinfo, out);
+    cinfo.image_width = 5100;
+    cinfo.image_height = 6600;
+    cinfo.input_components = 1;
+    cinfo.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&cinfo);
+    cinfo.arith_code = TRUE;
+    jpeg_start_compress(&cinfo, TRUE);
+    std::vector<uint8_t> row(5100, 255);
+    JSAMPROW rows[1] = {row.data()};
+    while (cinfo.next_scanline < cinfo.image_height) jpeg_write_scanlines(&cinfo, rows, 1);
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    std::fclose(out);
+    ASSERT_LT(std::filesystem::file_size(path), 4096u);
+
+    Image page;
+    ASSERT_EQ(JPEGRead(path, page, false), 0);
+    EXPECT_EQ(page.width, 5100);
+    EXPECT_EQ(page.height, 6600);
+    EXPECT_EQ(page.rows[3300][2550], 255);
 }
 
 }  // namespace

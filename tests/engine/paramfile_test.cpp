@@ -126,14 +126,15 @@ TEST_F(ParamFileTest, UncommittedOrFailedWriterLeavesOldFileAlone)
     EXPECT_EQ(Contents("keep.crv"), "Curve 1.0\r\nold\r\n");
     EXPECT_EQ(EntryCount(), 1u);
 
-    // A target that cannot be replaced: the commit fails and cleans up.
+    // A target that cannot be replaced (a folder): refused before anything
+    // is made.
     fs::create_directories(dir_ / "taken.crv" / "inside");
     {
         ParamWriter writer;
-        ASSERT_EQ(ParamWriteOpen(writer, Path("taken.crv"), "Curve"), kOk);
-        EXPECT_NE(ParamWriteCommit(writer), kOk);
-        EXPECT_EQ(EntryCount(), 2u);
-        EXPECT_NE(ParamWriteCommit(writer), kOk);  // a second commit has nothing to put
+        EXPECT_EQ(ParamWriteOpen(writer, Path("taken.crv"), "Curve"), kErrCannotCreate);
+        EXPECT_EQ(ErrorDetail(), "Is a directory");
+        EXPECT_EQ(EntryCount(), 2u);                             // keep.crv and the folder
+        EXPECT_EQ(ParamWriteCommit(writer), kErrCannotCreate);  // nothing to put
     }
 
     ParamWriter nowhere;
