@@ -168,16 +168,19 @@ int Info(const std::vector<std::string>& args)
     int first = 0;
     for (const std::string& path : line.operands) {
         ClearErrorDetail();
-        Image image;
-        const Failure failure = ReadPicture(path, image, false);
-        if (failure.code) {
-            PrintFailure(failure);
-            if (!first) first = failure.code;
+        // The header alone: what it says of the picture, no pixels decoded.
+        const int32_t type = FileTypeFromName(path);
+        PictureInfo info;
+        const int32_t code =
+            type < 0 ? kErrUnknownFileType : ReadImageInfo(path, type, info);
+        if (code) {
+            PrintFailure({code, path, {}});
+            if (!first) first = code;
             continue;
         }
         std::printf("%s\n", FormatText("%s: %s, %d x %d pixels, %2f dpi, %s", path,
-                                       ImageKindName(image.kind), image.width, image.height,
-                                       image.resolution, TypeName(FileTypeFromName(path)))
+                                       ImageKindName(info.kind), info.width, info.height,
+                                       info.resolution, TypeName(type))
                                 .c_str());
     }
     return first;

@@ -84,6 +84,7 @@ struct ReadContext {
     bool boxOpen = false;
     int32_t format = 0;
     bool outOfMemory = false;  // the picture could not be made: code 1
+    PictureInfo* info = nullptr;  // set: only the header is read, into it
 };
 
 // Formats whose header gives pixels per inch; the others give pixels per
@@ -140,6 +141,10 @@ int32_t ReadHeader(const LibraryHeader& header, void* context)
     double resolution = header.xResolution;
     if (!ResolutionInInches(c.format)) resolution *= kMetresPerInch;
     if (resolution <= 0.0) resolution = CurrentPreferences().defaultResolution;
+    if (c.info) {
+        *c.info = {kind, header.width, header.height, resolution};
+        return kLibraryAbort;  // all that was wanted
+    }
     if (!RowsFit(kind, header.width))
         return Refuse(FormatText("rows of %d pixels are too wide", header.width));
     // The record refuses a picture larger than the memory before taking any.
@@ -251,7 +256,8 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
 // taken to hold ("PNG"), for the reason when no codec knows its contents.
 // 0, 11, or 5 with the reason, for a file that could not be opened as well
 // as for one the library could not read.
-int32_t ReadLibraryFile(const std::string& path, Image& image, bool showBox, const char* typeName)
+int32_t ReadLibraryFile(const std::string& path, Image& image, bool showBox, const char* typeName,
+                        PictureInfo* info = nullptr)
 {
     File file;
     if (FileOpenRead(path, file) != kOk) return kErrReading;
@@ -265,9 +271,11 @@ int32_t ReadLibraryFile(const std::string& path, Image& image, bool showBox, con
     context.image = &image;
     context.showBox = showBox;
     context.format = format;
+    context.info = info;
     const int32_t result = LibraryRead(file, format, ReadRow, &context, ReadHeader);
     FileClose(file);
     if (context.boxOpen) ProgressClose();
+    if (info && info->kind != 0) return kOk;
     if (result == kLibraryAbort) return kErrAborted;
     if (result != 0 && context.outOfMemory) return kErrOutOfMemory;
     return result == 0 ? kOk : kErrReading;
@@ -352,7 +360,11 @@ int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox)
     return ReadLibraryFile(path, image, showBox, nullptr);
 }
 
-int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox)
+namespace {
+
+// Reads a picture, or with `info` only what its header says of it.
+int32_t ReadFile(const std::string& path, int32_t fileType, Image& image, bool showBox,
+                 PictureInfo* info)
 {
     const FileTypeInfo* type = FindFileType(fileType);
     if (!type || fileType == kTypeAll) return kErrUnknownFileType;
@@ -360,31 +372,41 @@ int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, b
     if (int32_t code = FileCheckRegular(path)) return code;
     // Contents first: slide files are JPEGs under other names. A file that
     // cannot be opened goes on to the reader of its type, which reports it.
+    bool jpeg = fileType == kTypeJpeg;
     {
         File probe;
         if (FileOpenRead(path, probe) == kOk) {
             uint8_t bytes[4] = {};
             int64_t count = sizeof bytes;
             FileRead(probe, count, bytes);
-            if (LooksLikeJpeg(bytes, static_cast<size_t>(count)))
-                return JPEGRead(path, image, showBox);
+            jpeg = jpeg || LooksLikeJpeg(bytes, static_cast<size_t>(count));
         }
     }
-    switch (fileType) {
-    case kTypeJpeg: return JPEGRead(path, image, showBox);
-    case kTypePhotoCd:
-    case kTypeFlashPix: {
+    if (jpeg) return info ? JPEGReadHeader(path, *info) : JPEGRead(path, image, showBox);
+    if (fileType == kTypePhotoCd || fileType == kTypeFlashPix) {
         // No reader in this build.
         File file;
         if (FileOpenRead(path, file) == kOk)
             SetErrorDetail(FormatText("no reader for %s files", type->filterName));
         return type->readError;
     }
-    default: break;
-    }
-    const int32_t result = ReadLibraryFile(path, image, showBox, type->filterName);
+    const int32_t result = ReadLibraryFile(path, image, showBox, type->filterName, info);
     if (result == kOk || result == kErrAborted || result == kErrOutOfMemory) return result;
     return type->readError;
+}
+
+}  // namespace
+
+int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox)
+{
+    return ReadFile(path, fileType, image, showBox, nullptr);
+}
+
+int32_t ReadImageInfo(const std::string& path, int32_t fileType, PictureInfo& info)
+{
+    info = PictureInfo();
+    Image unused;
+    return ReadFile(path, fileType, unused, false, &info);
 }
 
 int32_t CheckSaveKind(int32_t filter, const Image& image)

@@ -90,6 +90,9 @@ bool ExtensionFitsFilter(const std::string& path, int32_t filter);
 // the system's ("No such file or directory") or the codec's ("header claims
 // 100000 x 100000 pixels").
 int32_t ReadImageFile(const std::string& path, int32_t fileType, Image& image, bool showBox);
+// What the file's header says of its picture (kind, size, resolution),
+// without reading its pixels; the same results as ReadImageFile.
+int32_t ReadImageInfo(const std::string& path, int32_t fileType, PictureInfo& info);
 // The library path of that: 0, 11, or 5 for a file that could not be opened
 // or that the library could not read, with the reason.
 int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox);

@@ -138,6 +138,7 @@ struct ReadJob {
     bool boxOpen;
     int32_t lastPercent;
     bool scanned[MAX_COMPONENTS];  // components met in the scans of a multi-scan file
+    PictureInfo* info;             // set: the header is all that is wanted
 };
 // Nothing here has a destructor for a jump to skip, and libjpeg's client
 // data, which points at the job, also points at its jump target.
@@ -241,6 +242,11 @@ int32_t DecodeJpeg(ReadJob& job)
     jpeg_calc_output_dimensions(&cinfo);
     const int32_t width = static_cast<int32_t>(cinfo.output_width);
     const int32_t height = static_cast<int32_t>(cinfo.output_height);
+    if (job.info) {
+        *job.info = {gray ? kImageGray : kImageColor, width, height, job.resolution};
+        jpeg_destroy_decompress(&cinfo);
+        return kOk;
+    }
     if (!RowsFit(width, gray)) {
         SetErrorDetail(FormatText("rows of %d pixels are too wide", width));
         JumpWith(Common(cinfo), kErrJpegRead);
@@ -503,7 +509,9 @@ int32_t JpegScale(int32_t factor)
     return quality < 50 ? 5000 / quality : 200 - quality * 2;
 }
 
-int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
+namespace {
+
+int32_t ReadJpegFile(const std::string& path, Image& image, bool showBox, PictureInfo* info)
 {
     int32_t result = kErrJpegRead;
     {
@@ -529,11 +537,25 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
         job.image = &image;
         job.resolution = CurrentPreferences().defaultResolution;
         job.showBox = showBox;
+        job.info = info;
         result = DecodeJpeg(job);
         if (job.boxOpen) ProgressClose();
     }
     if (result != kOk) ImageFree(image);
     return result;
+}
+
+}  // namespace
+
+int32_t JPEGRead(const std::string& path, Image& image, bool showBox)
+{
+    return ReadJpegFile(path, image, showBox, nullptr);
+}
+
+int32_t JPEGReadHeader(const std::string& path, PictureInfo& info)
+{
+    Image unused;
+    return ReadJpegFile(path, unused, false, &info);
 }
 
 int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,

@@ -88,6 +88,10 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox);
 //   keep the order in which they were made, and unused entries are black.
 //   A picture of at most 256 colours that differ in their top 5 bits of some
 //   channel therefore gets exactly its colours. Deterministic.
+// The kind, size and resolution a JPEG file gives its picture, read from its
+// header alone: 0, or 22 with the reason.
+int32_t JPEGReadHeader(const std::string& path, PictureInfo& info);
+
 int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,
                   uint8_t* palette768);
 

@@ -35,6 +35,7 @@
 #include "files/library.h"
 #include "image/image.h"
 #include "image/pixel.h"
+#include "image/row_ops.h"
 
 namespace lv {
 
@@ -45,6 +46,8 @@ using namespace codec;
 
 // The largest picture accepted, in bytes of output rows, and the largest
 // single buffer libtiff may allocate for one file.
+// The size aimed at for each strip written.
+constexpr int64_t kStripBytes = int64_t{1} << 20;
 // What one band of the RGBA path holds at most; wider bands are cut into
 // fewer rows. Not a limit on pictures.
 constexpr int64_t kBandBytes = int64_t{256} << 20;
@@ -455,9 +458,16 @@ int32_t ReadOwnRows(TIFF* tif, const TiffFields& f, Form form, bool invert,
             break;
         }
         case Form::Gray:
-            for (uint32_t x = 0; x < width; ++x) {
-                const uint8_t v = SampleByte(row, x * step, bits);
-                o[x] = invert ? static_cast<uint8_t>(255 - v) : v;
+            if (bits == 8 && step == 1 && !invert) {
+                std::memcpy(o, row, width);
+            } else if (bits == 8) {
+                const uint8_t flip = invert ? 0xFF : 0x00;
+                for (uint32_t x = 0; x < width; ++x) o[x] = row[x * step] ^ flip;
+            } else {
+                for (uint32_t x = 0; x < width; ++x) {
+                    const uint8_t v = SampleByte(row, x * step, bits);
+                    o[x] = invert ? static_cast<uint8_t>(255 - v) : v;
+                }
             }
             break;
         case Form::Palette:
@@ -465,11 +475,21 @@ int32_t ReadOwnRows(TIFF* tif, const TiffFields& f, Form form, bool invert,
                 o[x] = static_cast<uint8_t>(RawSample(row, x, bits));
             break;
         case Form::Rgb:
-            for (uint32_t x = 0; x < width; ++x, o += 3) {
-                o[0] = SampleByte(row, x * step + 2, bits);
-                o[1] = SampleByte(row, x * step + 1, bits);
-                o[2] = SampleByte(row, x * step, bits);
-            }
+            if (bits == 8 && step == 3)
+                SwapRedBlue(row, o, width);
+            else if (bits == 8)
+                for (uint32_t x = 0; x < width; ++x, o += 3) {
+                    const uint8_t* p = row + x * step;
+                    o[0] = p[2];
+                    o[1] = p[1];
+                    o[2] = p[0];
+                }
+            else
+                for (uint32_t x = 0; x < width; ++x, o += 3) {
+                    o[0] = SampleByte(row, x * step + 2, bits);
+                    o[1] = SampleByte(row, x * step + 1, bits);
+                    o[2] = SampleByte(row, x * step, bits);
+                }
             break;
         case Form::Cmyk:
             for (uint32_t x = 0; x < width; ++x, o += 3) {
@@ -559,7 +579,12 @@ bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
               // The program chooses no compression of its own: libtiff's
               // default, none, which every reader takes and is the fastest.
               TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    if (ok) ok = TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tif, 0));
+    // Strips of about a megabyte: a handful of large writes, where rows of
+    // their own would cost a seek and a write each.
+    const int64_t rowBytes = RowBytes(header.width, bits);
+    const auto rowsPerStrip = static_cast<uint32_t>(
+        std::clamp<int64_t>(kStripBytes / rowBytes, 1, header.height));
+    if (ok) ok = TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
     if (ok && header.xResolution > 0) {
         const int32_t y = header.yResolution > 0 ? header.yResolution : header.xResolution;
         ok = TIFFSetField(tif, TIFFTAG_XRESOLUTION, static_cast<double>(header.xResolution)) &&
@@ -693,22 +718,25 @@ int32_t TiffWrite(File& file, const LibraryWriter& writer)
     if (TIFFScanlineSize64(tif.get()) != static_cast<uint64_t>(rowBytes))
         return Refuse(FormatText("unexpected scanline of %d bytes", TIFFScanlineSize64(tif.get())));
 
-    ByteBuffer row, line;
-    if (!Allocate(row, rowBytes) || !Allocate(line, rowBytes)) return kLibraryFailed;
-    for (int32_t y = 0; y < header.height; ++y) {
-        const int32_t result = writer.row(writer.context, row.get(), y);
-        if (result != 0) return Stopped(result);
-        if (bits == 24) {
-            for (int64_t i = 0; i < rowBytes; i += 3) {
-                line[i] = row[i + 2];
-                line[i + 1] = row[i + 1];
-                line[i + 2] = row[i];
-            }
-        } else {
-            // The encoder may change the buffer it is given.
-            std::memcpy(line.get(), row.get(), row.size);
+    uint32_t rowsPerStrip = 0;
+    if (!TIFFGetField(tif.get(), TIFFTAG_ROWSPERSTRIP, &rowsPerStrip) || rowsPerStrip == 0)
+        return RefuseWith(messages, "cannot start the TIFF file");
+    ByteBuffer row, strip;
+    if (!Allocate(row, rowBytes) || !Allocate(strip, rowBytes * rowsPerStrip))
+        return kLibraryFailed;
+    for (int32_t top = 0, index = 0; top < header.height; top += rowsPerStrip, ++index) {
+        const int32_t rows = std::min<int32_t>(rowsPerStrip, header.height - top);
+        for (int32_t r = 0; r < rows; ++r) {
+            uint8_t* line = strip.get() + static_cast<size_t>(r) * rowBytes;
+            // Colour rows come blue first and go red first; the strip is the
+            // encoder's to change, so each row is copied into it.
+            const int32_t result =
+                writer.row(writer.context, bits == 24 ? row.get() : line, top + r);
+            if (result != 0) return Stopped(result);
+            if (bits == 24) SwapRedBlue(row.get(), line, static_cast<size_t>(header.width));
         }
-        if (TIFFWriteScanline(tif.get(), line.get(), static_cast<uint32_t>(y), 0) < 0)
+        if (TIFFWriteEncodedStrip(tif.get(), static_cast<uint32_t>(index), strip.get(),
+                                  static_cast<tmsize_t>(rowBytes * rows)) < 0)
             return failed("cannot write the file");
     }
     if (!TIFFFlush(tif.get())) return failed("cannot write the file");

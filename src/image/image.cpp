@@ -1,5 +1,6 @@
 #include "image/image.h"
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -108,6 +109,81 @@ const char* ImageKindName(int32_t kind)
     }
 }
 
+namespace {
+
+// Pictures from this size on come straight from the system's pages.
+constexpr size_t kMappedBytes = size_t{4} << 20;
+constexpr size_t kHugePage = size_t{2} << 20;
+
+void ReleaseStore(PixelStore& store)
+{
+    if (store.base) {
+        if (store.mapped)
+            ::munmap(store.base, store.size);
+        else
+            delete[] store.base;
+    }
+    store.base = nullptr;
+    store.size = 0;
+    store.mapped = false;
+}
+
+// `size` bytes; false when memory is short.
+bool TakeStore(PixelStore& store, size_t size)
+{
+    ReleaseStore(store);
+    if (size < kMappedBytes) {
+        store.base = new (std::nothrow) uint8_t[size > 0 ? size : 1];
+        store.size = size;
+        return store.base != nullptr;
+    }
+    // Aligned to a huge page, so that the system can back it with them: a
+    // little more is mapped and the ends beyond the aligned piece given back.
+    const size_t length = (size + kHugePage - 1) / kHugePage * kHugePage;
+    void* raw = ::mmap(nullptr, length + kHugePage, PROT_READ | PROT_WRITE,
+                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (raw == MAP_FAILED) return false;
+    auto* start = static_cast<uint8_t*>(raw);
+    const auto address = reinterpret_cast<uintptr_t>(start);
+    uint8_t* aligned = start + ((kHugePage - address % kHugePage) % kHugePage);
+    if (aligned > start) ::munmap(start, static_cast<size_t>(aligned - start));
+    const size_t tail = static_cast<size_t>(start + length + kHugePage - (aligned + length));
+    if (tail > 0) ::munmap(aligned + length, tail);
+#ifdef MADV_HUGEPAGE
+    ::madvise(aligned, length, MADV_HUGEPAGE);
+#endif
+    store.base = aligned;
+    store.size = length;
+    store.mapped = true;
+    return true;
+}
+
+}  // namespace
+
+PixelStore::~PixelStore() { ReleaseStore(*this); }
+
+PixelStore::PixelStore(PixelStore&& other) noexcept
+    : base(other.base), size(other.size), mapped(other.mapped)
+{
+    other.base = nullptr;
+    other.size = 0;
+    other.mapped = false;
+}
+
+PixelStore& PixelStore::operator=(PixelStore&& other) noexcept
+{
+    if (this != &other) {
+        ReleaseStore(*this);
+        base = other.base;
+        size = other.size;
+        mapped = other.mapped;
+        other.base = nullptr;
+        other.size = 0;
+        other.mapped = false;
+    }
+    return *this;
+}
+
 void ImageClear(Image& image)
 {
     // Owning members free what they hold, so clearing a record that still
@@ -117,6 +193,7 @@ void ImageClear(Image& image)
     image.rows.reset();
     image.blockCount = image.rowsPerBlock = 0;
     image.blocks.reset();
+    ReleaseStore(image.store);
 }
 
 void ImageFree(Image& image) { ImageClear(image); }
@@ -199,22 +276,19 @@ int32_t ImageAlloc(Image& image, int32_t kind, int32_t width, int32_t height, do
         (static_cast<int64_t>(rowCount) + image.rowsPerBlock - 1) / image.rowsPerBlock);
 
     image.rows.reset(new (std::nothrow) uint8_t*[static_cast<size_t>(rowCount)]);
-    image.blocks.reset(new (std::nothrow)
-                           std::unique_ptr<uint8_t[]>[static_cast<size_t>(image.blockCount)]);
-    if (!image.rows || !image.blocks) {
+    image.blocks.reset(new (std::nothrow) uint8_t*[static_cast<size_t>(image.blockCount)]);
+    // The blocks lie one after another in one piece; each keeps its own size.
+    const size_t fullBlock = static_cast<size_t>(image.rowsPerBlock) * image.stride;
+    const size_t total = fullBlock * static_cast<size_t>(image.blockCount - 1) +
+                         static_cast<size_t>(lastRows) * image.stride;
+    if (!image.rows || !image.blocks || !TakeStore(image.store, total)) {
         ImageFree(image);
         return kErrOutOfMemory;
     }
-    for (int32_t b = 0; b < image.blockCount; ++b) {
-        const int32_t blockRows = b < image.blockCount - 1 ? image.rowsPerBlock : lastRows;
-        image.blocks[b] = AllocBytes(static_cast<size_t>(blockRows) * image.stride);
-        if (!image.blocks[b]) {
-            ImageFree(image);
-            return kErrOutOfMemory;
-        }
-    }
+    for (int32_t b = 0; b < image.blockCount; ++b)
+        image.blocks[b] = image.store.base + fullBlock * static_cast<size_t>(b);
     for (int32_t i = 0; i < rowCount; ++i)
-        image.rows[i] = image.blocks[i / image.rowsPerBlock].get() +
+        image.rows[i] = image.blocks[i / image.rowsPerBlock] +
                         static_cast<size_t>(i % image.rowsPerBlock) * image.stride;
     return kOk;
 }

@@ -23,6 +23,23 @@ enum ImageKind : int32_t {
 
 inline constexpr int32_t kBlockBytes = 65000;
 
+// The memory behind a picture's blocks, one piece laid out block after
+// block: from the system's pages, aligned for huge pages and asked to use
+// them, for large pictures (fewer page faults on a fresh picture), from the
+// heap for small ones. Freed with the record.
+struct PixelStore {
+    uint8_t* base = nullptr;
+    size_t size = 0;
+    bool mapped = false;
+
+    PixelStore() = default;
+    ~PixelStore();
+    PixelStore(PixelStore&& other) noexcept;
+    PixelStore& operator=(PixelStore&& other) noexcept;
+    PixelStore(const PixelStore&) = delete;
+    PixelStore& operator=(const PixelStore&) = delete;
+};
+
 struct Image {
     int32_t kind = 0;
     int32_t width = 0;
@@ -32,7 +49,16 @@ struct Image {
     std::unique_ptr<uint8_t*[]> rows;
     int32_t blockCount = 0;
     int32_t rowsPerBlock = 0;
-    std::unique_ptr<std::unique_ptr<uint8_t[]>[]> blocks;
+    std::unique_ptr<uint8_t*[]> blocks;  // into `store`, each at most 65000 bytes
+    PixelStore store;
+};
+
+// What a file says of its picture, without its pixels.
+struct PictureInfo {
+    int32_t kind = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+    double resolution = 0.0;
 };
 
 // The name Window Info gives a kind: "Empty", "Binary Image", "Black and

@@ -41,7 +41,7 @@ TEST(ImageAlloc, BlockLayoutAtTheLimit)
     EXPECT_EQ(image.blockCount, 2);
     EXPECT_EQ(ImageBlockBytes(image, 1), 216 * 300);  // exact multiple: a full last block
     for (int32_t i = 0; i < image.height; ++i)
-        EXPECT_EQ(image.rows[i], image.blocks[i / 216].get() + (i % 216) * 300) << i;
+        EXPECT_EQ(image.rows[i], image.blocks[i / 216] + (i % 216) * 300) << i;
 
     ASSERT_EQ(ImageAlloc(image, kImageColor, 100, 433, 72.0), 0);
     EXPECT_EQ(image.blockCount, 3);

@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# Whole commands, with file input and output, on a 24-megapixel photograph:
+# lumivue-cli beside libvips, ImageMagick and GraphicsMagick, each peer
+# called by its full installed path (a wrapper earlier on the PATH can cost
+# a peer a third). Runs alternate (ours, a peer, ours, ...) so that drift in
+# the machine's speed falls on both; each row gives the paired median of the
+# wall-time ratio ours/peer, the medians of both, and their peak memory, as
+# /usr/bin/time -v reports them.
+#
+#   bench/compare_commands.sh [build-dir] [runs]
+#
+# Installs the peers (libvips-tools, imagemagick, graphicsmagick) when
+# missing. The figures go into docs/performance.md.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build}
+runs=${2:-7}
+cli=$(readlink -f "$build/lumivue-cli")
+[ -x "$cli" ] || { echo "build lumivue-cli first" >&2; exit 1; }
+need=()
+[ -x /usr/bin/vips ] || need+=(libvips-tools)
+[ -x /usr/bin/convert-im6.q16 ] || need+=(imagemagick)
+[ -x /usr/bin/gm ] || need+=(graphicsmagick)
+if [ ${#need[@]} -gt 0 ]; then
+  sudo=""; [ "$(id -u)" -eq 0 ] || sudo=sudo
+  $sudo apt-get install -y -qq --no-install-recommends "${need[@]}" >/dev/null
+fi
+vips=/usr/bin/vips
+im=$(readlink -f /usr/bin/convert)
+gm=/usr/bin/gm
+export MAGICK_WIDTH_LIMIT=100KP MAGICK_HEIGHT_LIMIT=100KP MAGICK_AREA_LIMIT=2GP
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+photo=../shared/testdata/photos/Kleiber_by_Lukas_Baubkus.jpg
+if [ -f "$photo" ]; then
+  "$vips" thumbnail "$photo" "$work/big.jpg" 6000 --height 4000 --size force
+  "$vips" copy "$work/big.jpg" "$work/in.jpg[Q=92]"
+else
+  "$im" -size 6000x4000 plasma:fractal -quality 92 "$work/in.jpg"
+fi
+"$vips" copy "$work/in.jpg" "$work/in.tif"
+"$vips" copy "$work/in.jpg" "$work/in.png[compression=6]"
+# A lifting RGB curve, 255 - (255 - i)^2 / 255: a .crv file for us, a
+# 256 x 1 table for the others.
+cat >"$work/lift.crv" <<'EOF'
+Curve 1.0
+npts 3
+style spline
+point 0 0 0
+point 1 128 192
+point 2 255 255
+end
+EOF
+python3 - "$work" <<'PY'
+import sys
+w = sys.argv[1]
+vals = [255 - (255 - i) * (255 - i) // 255 for i in range(256)]
+with open(w + "/lut.pgm", "wb") as f:
+    f.write(b"P5 256 1 255\n" + bytes(vals))
+PY
+"$vips" copy "$work/lut.pgm" "$work/lut.v"
+"$im" "$work/lut.pgm" "$work/lut.png"
+
+# One run: wall seconds and peak kilobytes.
+measure() {
+  /usr/bin/time -f '%e %M' -o "$work/time" "$@" >/dev/null 2>&1 || true
+  cat "$work/time"
+}
+
+# compare NAME "OURS" "PEER" ...: alternating runs, paired ratios.
+compare() {
+  local name=$1 ours=$2; shift 2
+  for peer in "$@"; do
+    local ratios=() a=() b=() am=0 bm=0
+    measure $ours >/dev/null; measure $peer >/dev/null  # warm the caches
+    for _ in $(seq "$runs"); do
+      read -r ta ma <<<"$(measure $ours)"
+      read -r tb mb <<<"$(measure $peer)"
+      a+=("$ta"); b+=("$tb"); ratios+=("$(echo "$ta / $tb" | bc -l)")
+      am=$ma; bm=$mb
+    done
+    local median_r median_a median_b
+    median_r=$(printf '%s\n' "${ratios[@]}" | sort -g | awk '{v[NR]=$1} END {print v[int((NR+1)/2)]}')
+    median_a=$(printf '%s\n' "${a[@]}" | sort -g | awk '{v[NR]=$1} END {print v[int((NR+1)/2)]}')
+    median_b=$(printf '%s\n' "${b[@]}" | sort -g | awk '{v[NR]=$1} END {print v[int((NR+1)/2)]}')
+    printf '| %s | %s | %.2f | %.2f s, %d MiB | %.2f s, %d MiB |\n' "$name" \
+      "$(basename "${peer%% *}")" "$median_r" "$median_a" $((am / 1024)) "$median_b" $((bm / 1024))
+  done
+}
+
+w=$work
+echo "| command | peer | ours/peer (paired median) | ours | peer |"
+echo "|---|---|---|---|---|"
+compare "JPEG to TIFF" "$cli convert $w/in.jpg $w/a.tif" \
+  "$vips copy $w/in.jpg $w/b.tif" "$im $w/in.jpg -compress none $w/c.tif" \
+  "$gm convert $w/in.jpg -compress none $w/d.tif"
+compare "TIFF to JPEG" "$cli convert --quality 90 $w/in.tif $w/a.jpg" \
+  "$vips copy $w/in.tif $w/b.jpg[Q=90]" "$im $w/in.tif -quality 90 $w/c.jpg" \
+  "$gm convert $w/in.tif -quality 90 $w/d.jpg"
+compare "TIFF to TIFF" "$cli convert $w/in.tif $w/a2.tif" \
+  "$vips copy $w/in.tif $w/b2.tif" "$im $w/in.tif -compress none $w/c2.tif" \
+  "$gm convert $w/in.tif -compress none $w/d2.tif"
+compare "JPEG to JPEG" "$cli convert --quality 90 $w/in.jpg $w/a2.jpg" \
+  "$vips copy $w/in.jpg $w/b2.jpg[Q=90]" "$im $w/in.jpg -quality 90 $w/c2.jpg" \
+  "$gm convert $w/in.jpg -quality 90 $w/d2.jpg"
+compare "PNG to PNG" "$cli convert $w/in.png $w/a.png" \
+  "$vips copy $w/in.png $w/b.png[compression=6]" "$im $w/in.png $w/c.png" \
+  "$gm convert $w/in.png $w/d.png"
+compare "Negative, TIFF" "$cli apply negative $w/in.tif $w/n.tif" \
+  "$vips invert $w/in.tif $w/m.tif" "$im $w/in.tif -negate -compress none $w/o.tif" \
+  "$gm convert $w/in.tif -negate -compress none $w/p.tif"
+compare "RGB curve, TIFF" \
+  "$cli apply brightness-curve --curve $w/lift.crv --color-space rgb $w/in.tif $w/r.tif" \
+  "$vips maplut $w/in.tif $w/s.tif $w/lut.v" "$im $w/in.tif $w/lut.png -clut -compress none $w/t.tif"
