@@ -2,9 +2,17 @@
 
 #include "image/display.h"
 #include "image/lineio.h"
+#include "image/threads.h"
 #include "shell/errors.h"
 
 namespace lv {
+
+namespace {
+
+// Below this many pixels a second thread costs more than it saves.
+constexpr int64_t kParallelPixels = 256 * 1024;
+
+}  // namespace
 
 int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
                        bool unchanged)
@@ -21,6 +29,34 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
     const AmountPass pass = AmountPassFor(args.params->amount);
     const int32_t channels = source->kind == kImageColor ? 3 : 1;
     const int32_t kind = source->kind == kImageColor ? kImageColor : kImageGray;
+    const bool whole = args.rectLeft == 0 && args.rectTop == 0 &&
+                       args.rectRight == args.outWidth - 1 && args.rectBottom == args.outHeight - 1;
+    // A full result of a gray or colour picture: each output row from the
+    // input row of the same number, so the rows can go to all the cores.
+    if (args.toImage && whole && args.zoom == 1 && source->kind != kImageBinary &&
+        args.sourceX == 0 && args.sourceY == 0 && args.width == source->width &&
+        args.height == source->height && int64_t{args.width} * args.height >= kParallelPixels &&
+        ThreadCount() > 1) {
+        if (int32_t code = ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight,
+                                      source->resolution))
+            return code;
+        const Image* mask = pass.UsesMask() ? args.params->amount.mask : nullptr;
+        WorkerBusy busy;
+        busy.Open(args, title);
+        const int32_t result = ParallelRows(
+            args.height,
+            [&](int32_t y) {
+                const uint8_t* input = source->rows[y];
+                uint8_t* output = args.destination->rows[y];
+                row(input, output, args.width, channels, *args.params);
+                if (pass.Blends())
+                    AmountBlendRow(pass, input, output, mask ? mask->rows[y] : nullptr,
+                                   args.width, channels);
+            },
+            [&](int32_t done) { return busy.Step(done); });
+        busy.Close();
+        return result;
+    }
 
     LineInput in, mask;
     LineOutput out;
@@ -28,8 +64,7 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
     LineInputReset(mask);
     LineOutputReset(out);
     int32_t result = kOk;
-    if (args.rectLeft == 0 && args.rectTop == 0 && args.rectRight == args.outWidth - 1 &&
-        args.rectBottom == args.outHeight - 1)
+    if (whole)
         result =
             ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight, source->resolution);
     if (!result)
