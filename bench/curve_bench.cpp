@@ -5,12 +5,15 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "image/image.h"
 #include "shell/tables.h"
 #include "synthesis/test_card.h"
+#include "tone/brightness_curve.h"
 #include "tone/color_space.h"
+#include "transform/registry.h"
 
 namespace {
 
@@ -42,6 +45,28 @@ void Run(benchmark::State& state, int32_t space)
 }
 
 void BM_CurveRgb(benchmark::State& state) { Run(state, lv::kColorSpaceRgb); }
+
+// The whole worker as Apply runs it: on every core, Amount and all.
+void RunModule(benchmark::State& state, const char* space)
+{
+    const lv::Image& in = Picture();
+    const lv::TransformModule* module = lv::FindTransform("brightness-curve");
+    auto params = lv::CreateParams(*module);
+    std::string problem;
+    lv::ParamSetText(*lv::FindParam(*module, "color-space"), *params, space, problem);
+    auto& table = static_cast<lv::BrightnessCurveParams&>(*params).table;
+    for (int i = 0; i < 256; ++i)
+        table[i] = static_cast<uint8_t>(255 - (255 - i) * (255 - i) / 255);
+    lv::Image out;
+    for (auto _ : state) {
+        lv::RunTransformToImage(*module, *params, &in, out);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * int64_t{in.width} * in.height);
+}
+
+void BM_WorkerCurveRgb(benchmark::State& state) { RunModule(state, "rgb"); }
+void BM_WorkerCurveHsv(benchmark::State& state) { RunModule(state, "hsv"); }
 void BM_CurveHsv(benchmark::State& state) { Run(state, lv::kColorSpaceHsv); }
 
 void BM_CurveMemcpyLimit(benchmark::State& state)
@@ -63,3 +88,5 @@ void BM_CurveMemcpyLimit(benchmark::State& state)
 BENCHMARK(BM_CurveMemcpyLimit)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CurveRgb)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CurveHsv)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_WorkerCurveRgb)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_WorkerCurveHsv)->Unit(benchmark::kMillisecond)->UseRealTime();

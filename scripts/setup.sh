@@ -58,9 +58,11 @@ case "${1:-}" in
       -DLUMIVUE_BUILD_BENCH=OFF
     (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
       ctest --output-on-failure)
-    # The readers of our own formats and the parameter-file reader under
-    # libFuzzer, a short run each, seeded with the shared test files when
-    # they are there.
+    # Reading under libFuzzer, a short run each: our own formats' readers,
+    # whole files through the libraries into the image record, and the
+    # parameter files. Picture targets are seeded with the shared test files
+    # of their format and its damaged ones, when they are there; the curve
+    # and parameter-file targets with the curve files in fuzz/seeds.
     CC=clang CXX=clang++ build build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
       -DLUMIVUE_BUILD_UI=OFF -DLUMIVUE_BUILD_TESTS=OFF -DLUMIVUE_BUILD_BENCH=OFF \
       -DLUMIVUE_BUILD_FUZZ=ON \
@@ -68,11 +70,26 @@ case "${1:-}" in
     for target in build-fuzz/fuzz/*_fuzz; do
       name=$(basename "$target" _fuzz)
       corpus=$(mktemp -d)
-      case $name in targa) seeds=../shared/testdata/tga ;; *) seeds=../shared/testdata/$name ;; esac
+      case $name in
+        targa) seeds=../shared/testdata/tga extension=tga ;;
+        jpeg) seeds=../shared/testdata/jpeg extension=jpg ;;
+        tiff) seeds=../shared/testdata/tiff extension=tif ;;
+        curve | paramfile) seeds=fuzz/seeds/curve extension= ;;
+        *) seeds=../shared/testdata/$name extension=$name ;;
+      esac
       [ -d "$seeds" ] || seeds=
+      if [ -n "$extension" ]; then
+        cp ../shared/testdata/corrupt/*."$extension" "$corpus"/ 2>/dev/null || true
+      fi
       echo "Fuzzing $name for ${FUZZ_SECONDS:-20} s"
-      "$target" -max_total_time="${FUZZ_SECONDS:-20}" -rss_limit_mb=4096 -print_final_stats=0 \
-        "$corpus" $seeds 2>&1 | tail -n 2
+      # A crash's input lands in build-fuzz/, and its whole report is shown.
+      if ! "$target" -max_total_time="${FUZZ_SECONDS:-20}" -rss_limit_mb=4096 \
+          -print_final_stats=0 -artifact_prefix=build-fuzz/"$name"- \
+          "$corpus" $seeds >build-fuzz/"$name".log 2>&1; then
+        tail -n 60 build-fuzz/"$name".log
+        exit 1
+      fi
+      tail -n 2 build-fuzz/"$name".log
       rm -rf "$corpus"
     done
     ;;

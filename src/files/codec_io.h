@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "files/library.h"
+#include "image/image.h"
 #include "image/memory.h"
 #include "shell/errors.h"
 #include "shell/text.h"
@@ -134,7 +135,9 @@ inline bool Allocate(ByteBuffer& buffer, int64_t size)
 {
     buffer.data.reset();
     buffer.size = 0;
-    if (size < 0 || static_cast<uint64_t>(size) > SIZE_MAX / 2) return Reject("out of memory");
+    // A buffer as large as a picture obeys the same budget as the picture.
+    if (size < 0 || static_cast<uint64_t>(size) > SIZE_MAX / 2 || size > ImageMemoryLimit())
+        return Reject("out of memory");
     buffer.data = AllocBytes(static_cast<size_t>(size));
     if (!buffer.data) return Reject("out of memory");
     buffer.size = static_cast<size_t>(size);

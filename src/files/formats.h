@@ -83,8 +83,10 @@ std::string WithExtension(const std::string& path, const char* extension);
 bool ExtensionFitsFilter(const std::string& path, int32_t filter);
 
 // Reading. Reads the file into `image` (row 0 the bottom of the picture) as
-// its type says: 0, 1 (JPEG out of memory), 11 (aborted), or the type's read
-// error, also for a file that cannot be opened (a missing "x.tif" gives 56).
+// its type says: 0; 1 when the picture does not fit in memory (refused
+// before anything is allocated); 4 for a folder, pipe or device; 11
+// (aborted); or the type's read error, also for a file that cannot be
+// opened (a missing "x.tif" gives 56).
 // JPEG contents are read as JPEG whatever the name. `showBox` shows the
 // progress box "File Open". Every failure leaves its reason in ErrorDetail():
 // the system's ("No such file or directory") or the codec's ("header claims

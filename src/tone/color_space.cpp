@@ -1,5 +1,7 @@
 #include "tone/color_space.h"
 
+#include <cstring>
+
 #include <array>
 
 #include "shell/errors.h"
@@ -271,6 +273,28 @@ int32_t ProbeChannelLevel(int32_t channel, int32_t r, int32_t g, int32_t b)
     }
 }
 
+namespace {
+
+// out[i] = table[in[i]], with the table copied where no write through
+// `out` can change it, so that it stays in registers' reach, four bytes a
+// step.
+void LookUpRow(const uint8_t* in, uint8_t* out, int64_t count, const uint8_t* table)
+{
+    uint8_t t[256];
+    std::memcpy(t, table, sizeof t);
+    int64_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const uint8_t a = t[in[i]], b = t[in[i + 1]], c = t[in[i + 2]], d = t[in[i + 3]];
+        out[i] = a;
+        out[i + 1] = b;
+        out[i + 2] = c;
+        out[i + 3] = d;
+    }
+    for (; i < count; ++i) out[i] = t[in[i]];
+}
+
+}  // namespace
+
 int32_t ApplyCurveRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
                       int32_t colorSpace, const uint8_t table[256])
 {
@@ -280,8 +304,7 @@ int32_t ApplyCurveRow(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t c
     if (pixels <= 0) return kOk;
     if (!in || !out || !table) return kErrImageType;
     if (channels == 1 || colorSpace == kColorSpaceRgb) {
-        const int64_t count = int64_t{pixels} * channels;
-        for (int64_t i = 0; i < count; ++i) out[i] = table[in[i]];
+        LookUpRow(in, out, int64_t{pixels} * channels, table);
     } else if (colorSpace == kColorSpaceHsv) {
         RowHsv(in, out, pixels, table);
     } else {
