@@ -1,10 +1,17 @@
 #include "cli/batch.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
 
 #include <cstdio>
 
 #include "files/formats.h"
+#include "image/threads.h"
 #include "shell/errors.h"
 #include "shell/stderr_frontend.h"
 #include "shell/text.h"
@@ -86,23 +93,99 @@ Failure CheckOutputs(const std::vector<Job>& jobs)
     return {};
 }
 
-int RunJobs(const std::vector<Job>& jobs, bool batch, const std::function<Failure(const Job&)>& run)
+namespace {
+
+// One job where the command runs: its failure printed, its code returned.
+int RunOne(const Job& job, bool batch, const std::function<Failure(const Job&)>& run)
 {
-    int first = 0;
-    for (const Job& job : jobs) {
-        // Interrupted: the files not begun are left alone.
-        if (StderrFrontEnd::CancelRequested()) return first ? first : kErrAborted;
-        ClearErrorDetail();
-        const Failure failure = run(job);
-        if (failure.code) {
-            PrintFailure(failure);
-            if (!first) first = failure.code;
-            if (failure.code == kErrAborted) return first;
-        } else if (batch) {
-            std::printf("%s -> %s\n", job.input.c_str(), job.output.c_str());
-        }
+    ClearErrorDetail();
+    const Failure failure = run(job);
+    if (failure.code) {
+        PrintFailure(failure);
+    } else if (batch) {
+        std::printf("%s -> %s\n", job.input.c_str(), job.output.c_str());
     }
-    return first;
+    return failure.code;
+}
+
+}  // namespace
+
+int32_t DefaultJobs() { return ThreadCount(); }
+
+int RunJobs(const std::vector<Job>& jobs, bool batch, int32_t parallel,
+            const std::function<Failure(const Job&)>& run)
+{
+    std::vector<int> codes(jobs.size(), 0);
+    if (parallel <= 1 || jobs.size() < 2) {
+        for (size_t i = 0; i < jobs.size(); ++i) {
+            // Interrupted: the files not begun are left alone.
+            if (StderrFrontEnd::CancelRequested()) {
+                codes[i] = kErrAborted;
+                break;
+            }
+            codes[i] = RunOne(jobs[i], batch, run);
+            if (codes[i] == kErrAborted) break;
+        }
+    } else {
+        // Side by side: a process a file, the cores shared among them, and
+        // no bars, which would overwrite each other.
+        StderrFrontEnd::StopBars();
+        const int32_t threads = std::max(1, ThreadCount() / parallel);
+        std::map<pid_t, size_t> running;
+        std::vector<bool> finished(jobs.size(), false);
+        size_t next = 0, told = 0;
+        // Successes are told in the order of the files.
+        auto tell = [&] {
+            for (; told < jobs.size() && finished[told]; ++told)
+                if (batch && codes[told] == 0)
+                    std::printf("%s -> %s\n", jobs[told].input.c_str(), jobs[told].output.c_str());
+        };
+        while (next < jobs.size() || !running.empty()) {
+            while (static_cast<int32_t>(running.size()) < parallel && next < jobs.size() &&
+                   !StderrFrontEnd::CancelRequested()) {
+                std::fflush(stdout);
+                std::fflush(stderr);
+                const pid_t child = ::fork();
+                if (child == 0) {
+                    SetThreadCount(threads);
+                    // The "IN -> OUT" lines come from the command, in order.
+                    const int code = RunOne(jobs[next], false, run);
+                    std::fflush(stdout);
+                    std::fflush(stderr);
+                    ::_exit(code);
+                }
+                if (child < 0) {
+                    codes[next] = RunOne(jobs[next], false, run);  // no process to be had
+                    finished[next] = true;
+                } else {
+                    running[child] = next;
+                }
+                ++next;
+            }
+            tell();
+            if (running.empty()) {
+                if (next >= jobs.size()) break;
+                // Interrupted before the rest began.
+                for (; next < jobs.size(); ++next) codes[next] = kErrAborted;
+                break;
+            }
+            int status = 0;
+            const pid_t done = ::waitpid(-1, &status, 0);
+            if (done < 0) {
+                if (errno == EINTR) continue;
+                break;
+            }
+            const auto found = running.find(done);
+            if (found == running.end()) continue;
+            codes[found->second] = WIFEXITED(status) ? WEXITSTATUS(status) : kErrAborted;
+            finished[found->second] = true;
+            running.erase(found);
+        }
+        tell();
+    }
+    for (int code : codes)
+        if (code) return code;
+    return 0;
 }
 
 Failure ReadPicture(const std::string& path, Image& image, bool showBox)

@@ -47,10 +47,17 @@ int UsageError(const std::string& problem);
 // written (71 "Unknown file type" naming the output otherwise).
 Failure CheckOutputs(const std::vector<Job>& jobs);
 
-// Runs the jobs in order, printing "IN -> OUT" after each success of a batch
-// and each failure as it comes. The exit status: 0, or the first failure's
-// code.
-int RunJobs(const std::vector<Job>& jobs, bool batch, const std::function<Failure(const Job&)>& run);
+// Runs the jobs, printing "IN -> OUT" after each success of a batch and each
+// failure as it comes. With `parallel` above 1, up to that many files are
+// done side by side, each in a process of its own sharing the cores (lines
+// may then come in another order). The exit status: 0, or the code of the
+// first job, in the order given, that failed.
+int RunJobs(const std::vector<Job>& jobs, bool batch, int32_t parallel,
+            const std::function<Failure(const Job&)>& run);
+
+// The --jobs option: how many files of a batch are done side by side; the
+// machine's cores when not given.
+int32_t DefaultJobs();
 
 // Reads a picture for a job; 71 at once for a name whose extension is no
 // file type, else the reader's code. The failure names `path`.

@@ -87,7 +87,9 @@ const char kHelp[] =
     "  --quality N             JPEG quality 0 to 100 (default 97).\n"
     "  --sampling S            JPEG colour sampling: 444 (default), 422 or 411.\n"
     "  --format EXT            The output format of a batch: tif, jpg, bmp, tga,\n"
-    "                          pcx, gif, eps or png (default: the input's own).\n";
+    "                          pcx, gif, eps or png (default: the input's own).\n"
+    "  --jobs N                Files of a batch done side by side (default: the\n"
+    "                          machine's cores); the outputs are the same.\n";
 
 const char* const kFormats[] = {"tif", "tiff", "jpg", "jpeg", "bmp", "tga",
                                 "pcx", "gif",  "eps", "png"};
@@ -96,14 +98,22 @@ std::vector<Option> SaveOptionList()
 {
     return {{"quality", true, "an integer from 0 to 100"},
             {"sampling", true, "one of 444, 422, 411"},
-            {"format", true, "one of tif, tiff, jpg, jpeg, bmp, tga, pcx, gif, eps, png"}};
+            {"format", true, "one of tif, tiff, jpg, jpeg, bmp, tga, pcx, gif, eps, png"},
+            {"jobs", true, "an integer from 1 to 64"}};
 }
 
 // The save options and the batch's format from a parsed line. False with
 // `problem` for a value that is not allowed.
 bool ReadSaveOptions(const CommandLine& line, SaveOptions& save, std::string& format,
-                     std::string& problem)
+                     int32_t& jobs, std::string& problem)
 {
+    jobs = DefaultJobs();
+    if (const std::string* j = OptionValue(line, "jobs")) {
+        if (ParseInt(*j, jobs) != 0 || jobs < 1 || jobs > 64) {
+            problem = "--jobs: '" + *j + "' is not allowed; allowed: an integer from 1 to 64";
+            return false;
+        }
+    }
     if (const std::string* q = OptionValue(line, "quality")) {
         int32_t quality = 0;
         if (ParseInt(*q, quality) != 0 || quality < 0 || quality > 100) {
@@ -194,8 +204,9 @@ int Convert(const std::vector<std::string>& args, bool negative)
     CommandLine line;
     std::string problem, format;
     SaveOptions save;
+    int32_t parallel = 1;
     if (!ParseCommandLine(args, SaveOptionList(), command, line, problem) ||
-        !ReadSaveOptions(line, save, format, problem))
+        !ReadSaveOptions(line, save, format, parallel, problem))
         return UsageError(problem);
     std::vector<Job> jobs;
     bool batch = false;
@@ -205,7 +216,7 @@ int Convert(const std::vector<std::string>& args, bool negative)
         PrintFailure(failure);
         return failure.code;
     }
-    return RunJobs(jobs, batch, [&](const Job& job) -> Failure {
+    return RunJobs(jobs, batch, parallel, [&](const Job& job) -> Failure {
         Image image;
         if (Failure failure = ReadPicture(job.input, image, true); failure.code) return failure;
         if (negative) {
@@ -256,9 +267,10 @@ int Apply(const std::vector<std::string>& args)
     CommandLine line;
     std::string problem, format;
     SaveOptions save;
+    int32_t parallel = 1;
     if (!ParseCommandLine(std::vector<std::string>(args.begin() + 1, args.end()), allowed,
                           command, line, problem) ||
-        !ReadSaveOptions(line, save, format, problem))
+        !ReadSaveOptions(line, save, format, parallel, problem))
         return UsageError(problem);
     double amount = 100, amount2 = 100;
     const std::string* amountText = OptionValue(line, "amount");
@@ -306,7 +318,7 @@ int Apply(const std::vector<std::string>& args)
         }
     }
     auto level = [](double percent) { return RoundToInt(percent * 1024 / 100); };
-    return RunJobs(jobs, batch, [&](const Job& job) -> Failure {
+    return RunJobs(jobs, batch, parallel, [&](const Job& job) -> Failure {
         Image source;
         if (Failure failure = ReadPicture(job.input, source, true); failure.code) return failure;
         AmountBlock& block = params->amount;

@@ -15,6 +15,7 @@ namespace {
 constexpr int32_t kBarWidth = 30;
 
 volatile std::sig_atomic_t gCancel = 0;
+bool gBarsStopped = false;
 
 }  // namespace
 
@@ -27,6 +28,8 @@ void StderrFrontEnd::Init()
 
 void StderrFrontEnd::RequestCancel() { gCancel = 1; }
 
+void StderrFrontEnd::StopBars() { gBarsStopped = true; }
+
 bool StderrFrontEnd::CancelRequested() { return gCancel != 0; }
 
 bool StderrFrontEnd::ProgressPump(const ProgressBox&)
@@ -38,7 +41,7 @@ bool StderrFrontEnd::ProgressPump(const ProgressBox&)
 
 void StderrFrontEnd::Draw(const ProgressBox& box, const char* timeText)
 {
-    if (!bars_) return;
+    if (!bars_ || gBarsStopped) return;
     const int32_t filled = ProgressBarPixel(box, box.current, 0, kBarWidth);
     std::string bar(static_cast<size_t>(filled), '#');
     bar.append(static_cast<size_t>(kBarWidth - filled), '.');
@@ -64,7 +67,7 @@ void StderrFrontEnd::ProgressTime(const ProgressBox& box, const std::string& tex
 void StderrFrontEnd::ProgressHide(const ProgressBox& box)
 {
     // The line is finished with the bar as far as the job got.
-    if (shown_ && bars_) {
+    if (shown_ && bars_ && !gBarsStopped) {
         Draw(box, "");
         std::fputc('\n', stream_);
     }

@@ -33,6 +33,9 @@ public:
     // SIGTERM and SIGHUP.
     static void RequestCancel();
     static bool CancelRequested();
+    // No bar from now on, in this process and those it starts (files done
+    // side by side would draw over each other).
+    static void StopBars();
 
     // How many times the bar has been drawn; the tests read it.
     int32_t redraws() const { return redraws_; }

@@ -94,9 +94,11 @@ TEST_F(Cli, MistakesExit100WithOneLineAndWriteNothing)
                                            "brightness-curve, copy, equalize, negative"},
         {{"apply", "negative", "--foo", "1", in, out},
          "unknown option --foo for apply negative; allowed: --amount, --mask, --amount2, "
-         "--quality, --sampling, --format"},
+         "--quality, --sampling, --format, --jobs"},
         {{"convert", "-q", "5", in, out},
-         "unknown option -q for convert; allowed: --quality, --sampling, --format"},
+         "unknown option -q for convert; allowed: --quality, --sampling, --format, --jobs"},
+        {{"convert", "--jobs", "0", in, out},
+         "--jobs: '0' is not allowed; allowed: an integer from 1 to 64"},
         {{"convert", in, out, "--quality"}, "--quality needs a value: an integer from 0 to 100"},
         {{"convert", "--quality", "150", in, out},
          "--quality: '150' is not allowed; allowed: an integer from 0 to 100"},
@@ -254,6 +256,20 @@ TEST_F(Cli, CommandsDoTheirWork)
     EXPECT_EQ(clash.status, 100);
     EXPECT_EQ(clash.err, "lumivue-cli: convert: " + in + " and " + twin +
                              " would both be written to " + folder + "/in.tif\n");
+
+    // Side by side, the same files, and the first failure in the order
+    // given decides the status.
+    const std::string one = dir_ / "one", two = dir_ / "two";
+    std::filesystem::create_directory(one);
+    std::filesystem::create_directory(two);
+    const std::string bad = File("bad.png", "not a picture");
+    const Outcome serial = Cmd({"negative", "--jobs", "1", in, bad, in2, one});
+    const Outcome side = Cmd({"negative", "--jobs", "3", in, bad, in2, two});
+    EXPECT_EQ(serial.status, 48);
+    EXPECT_EQ(side.status, 48);
+    EXPECT_EQ(test::Contents(one + "/in.tif"), test::Contents(two + "/in.tif"));
+    EXPECT_EQ(test::Contents(one + "/two.bmp"), test::Contents(two + "/two.bmp"));
+    EXPECT_NE(side.err.find(bad + ": Problem reading PNG file"), std::string::npos);
 
     const Outcome help = Cmd({"--help"});
     EXPECT_EQ(help.status, 0);
