@@ -290,7 +290,7 @@ TEST(OwnCodecs, HeadersTheFileCannotHoldAreRefused)
 
     std::vector<uint8_t> bmp = BmpHeaders(100000, 100000, 24, 0, 0);
     bmp.resize(bmp.size() + 16, 0x55);
-    std::vector<uint8_t> bmpRle = BmpHeaders(30000, 30000, 8, 1, 256);
+    std::vector<uint8_t> bmpRle = BmpHeaders(3000, 3000, 8, 1, 256);
     bmpRle.resize(bmpRle.size() + 100, 0x01);
     std::vector<uint8_t> targa = TargaHeader(10, 65535, 65535, 24, 0);
     targa.resize(targa.size() + 30, 0xFF);
