@@ -35,6 +35,7 @@ enum ErrorCode : int32_t {
     kErrDeleting = 38,
     kErrColorCurveFile = 42,
     kErrUnknownFileType = 71,
+    kErrPerspective = 80,  // "Cannot compute perspective transformation"
     kErrToolOnPreview = 82,
     kErrTempDirectory = 88,
     kErrColorRegistrationFile = 87,

@@ -146,26 +146,27 @@ constexpr std::array<uint64_t, 256> kReciprocal = [] {
     return t;
 }();
 
-inline uint8_t ScaleByte(uint32_t c, uint32_t n, uint32_t v)
-{
-    return static_cast<uint8_t>((uint64_t{c * n} * kReciprocal[v]) >> 32);
-}
 
 void RowHsv(const uint8_t* in, uint8_t* out, int32_t pixels, const uint8_t* table)
 {
+    // Each channel c becomes c * n / v, v the value and n its new level:
+    // one multiplier per value, n times the reciprocal of v, so a pixel is
+    // three multiplies and no branch. With n equal to v that gives c back
+    // exactly, and with n 0 it gives 0; a black pixel (v 0, so every c 0)
+    // takes the new level of black.
+    uint64_t scale[256];
+    scale[0] = 0;
+    for (int32_t v = 1; v < 256; ++v) scale[v] = uint64_t{table[v]} * kReciprocal[v];
+    const uint32_t black = table[0];
     for (int32_t x = 0; x < pixels; ++x, in += 3, out += 3) {
         const uint32_t b = in[0], g = in[1], r = in[2];
         uint32_t v = r > g ? r : g;
-        if (b > v) v = b;
-        const uint32_t n = table[v];
-        if (n == v) {
-            out[0] = static_cast<uint8_t>(b), out[1] = static_cast<uint8_t>(g);
-            out[2] = static_cast<uint8_t>(r);
-        } else if (v == 0 || n == 0) {
-            out[0] = out[1] = out[2] = static_cast<uint8_t>(n);
-        } else {
-            out[0] = ScaleByte(b, n, v), out[1] = ScaleByte(g, n, v), out[2] = ScaleByte(r, n, v);
-        }
+        v = b > v ? b : v;
+        const uint64_t m = scale[v];
+        const uint32_t lift = v == 0 ? black : 0;
+        out[0] = static_cast<uint8_t>(((b * m) >> 32) + lift);
+        out[1] = static_cast<uint8_t>(((g * m) >> 32) + lift);
+        out[2] = static_cast<uint8_t>(((r * m) >> 32) + lift);
     }
 }
 

@@ -161,3 +161,43 @@ TEST(ColorSpace, ApplyCurveRow)
 }
 
 }  // namespace
+
+namespace lv {
+namespace {
+
+// The HSV row path, one multiplier per value and no branch, gives what the
+// one-pixel rule gives (each channel times new over old value, truncated;
+// black to the new level) for every value, every channel below it and
+// several curves, the row's tail included.
+TEST(ColorSpace, HsvRowEqualsThePixelRuleEverywhere)
+{
+    uint8_t tables[3][256];
+    for (int32_t i = 0; i < 256; ++i) {
+        tables[0][i] = static_cast<uint8_t>(255 - i);                    // inverting
+        tables[1][i] = static_cast<uint8_t>(i < 128 ? i * 2 : 255);      // brightening
+        tables[2][i] = static_cast<uint8_t>((i * 37 + 11) % 256);        // anything
+    }
+    std::vector<uint8_t> in(256 * 3), out(256 * 3);
+    for (const auto& table : tables) {
+        for (int32_t v = 0; v < 256; ++v) {
+            // Red is the value; green runs below it, blue takes another step.
+            for (int32_t c = 0; c < 256; ++c) {
+                in[c * 3 + 0] = static_cast<uint8_t>(v ? (c * 7) % (v + 1) : 0);
+                in[c * 3 + 1] = static_cast<uint8_t>(v ? c % (v + 1) : 0);
+                in[c * 3 + 2] = static_cast<uint8_t>(v);
+            }
+            const int32_t pixels = 256 - v % 7;  // tails of every length
+            ASSERT_EQ(ApplyCurveRow(in.data(), out.data(), pixels, 3, kColorSpaceHsv, table), 0);
+            for (int32_t c = 0; c < pixels; ++c) {
+                int32_t r = in[c * 3 + 2], g = in[c * 3 + 1], b = in[c * 3];
+                set_hsv_value(r, g, b, v, table[v]);
+                ASSERT_EQ(out[c * 3 + 2], r) << v << " " << c;
+                ASSERT_EQ(out[c * 3 + 1], g) << v << " " << c;
+                ASSERT_EQ(out[c * 3], b) << v << " " << c;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace lv
