@@ -36,6 +36,7 @@ enum ErrorCode : int32_t {
     kErrColorCurveFile = 42,
     kErrUnknownFileType = 71,
     kErrPerspective = 80,  // "Cannot compute perspective transformation"
+    kErrImageTooSmall = 81,
     kErrToolOnPreview = 82,
     kErrTempDirectory = 88,
     kErrColorRegistrationFile = 87,

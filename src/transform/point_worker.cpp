@@ -14,18 +14,21 @@ constexpr int64_t kParallelPixels = 256 * 1024;
 
 }  // namespace
 
+int32_t RunShortWay(const TransformArgs& args)
+{
+    if (args.toImage) return ImageCopyBoxed(*args.source, *args.destination);
+    // The display copy takes its rectangle with y from the top of the view.
+    const int32_t h = args.outHeight;
+    return DisplayUpdate(*args.source, *args.outputTarget, nullptr, args.rectLeft,
+                         h - 1 - args.rectBottom, args.rectRight, h - 1 - args.rectTop, true);
+}
+
 int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
                        bool unchanged)
 {
     const Image* source = args.source;
     if (!source || source->kind < kImageBinary || source->kind > kImageColor) return kErrImageType;
-    if (unchanged) {
-        if (args.toImage) return ImageCopyBoxed(*source, *args.destination);
-        // The display copy takes its rectangle with y from the top of the view.
-        const int32_t h = args.outHeight;
-        return DisplayUpdate(*source, *args.outputTarget, nullptr, args.rectLeft,
-                             h - 1 - args.rectBottom, args.rectRight, h - 1 - args.rectTop, true);
-    }
+    if (unchanged) return RunShortWay(args);
     const AmountPass pass = AmountPassFor(args.params->amount);
     const int32_t channels = source->kind == kImageColor ? 3 : 1;
     const int32_t kind = source->kind == kImageColor ? kImageColor : kImageGray;

@@ -15,6 +15,11 @@ namespace lv {
 using RowFunction = void (*)(const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
                              const TransformParams& params);
 
+// The short way of any worker whose settings leave the picture as it is: a
+// full result is a boxed copy ("Copy"), a preview shows the input at its
+// zoom in the asked rectangle.
+int32_t RunShortWay(const TransformArgs& args);
+
 // Runs the worker contract for a point transformation. Kinds 1 to 3 are
 // taken (binary gives gray output); anything else gives 14.
 // With `unchanged` (the settings leave the picture as it is) it takes the

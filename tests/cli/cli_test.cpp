@@ -19,6 +19,7 @@
 #include "support/temp_dir.h"
 #include "synthesis/test_card.h"
 #include "tone/curves/curve.h"
+#include "transform/registry.h"
 
 namespace lv {
 namespace {
@@ -75,6 +76,14 @@ protected:
     test::TempDir dir_;
 };
 
+// The registered transformations, as the tool lists them.
+std::string ModuleNames()
+{
+    std::string names;
+    for (const TransformModule& m : Transforms()) names += (names.empty() ? "" : ", ") + std::string(m.name);
+    return names;
+}
+
 // Every mistake of the command line: one line naming the option and what is
 // allowed, status 100, and no output written.
 TEST_F(Cli, MistakesExit100WithOneLineAndWriteNothing)
@@ -90,8 +99,8 @@ TEST_F(Cli, MistakesExit100WithOneLineAndWriteNothing)
         {{"frobnicate", in, out},
          "unknown command 'frobnicate'; commands: info, convert, negative, apply, list, "
          "histogram, help, version"},
-        {{"apply", "sharpenify", in, out}, "apply: no transformation 'sharpenify'; there are: "
-                                           "brightness-curve, copy, equalize, negative"},
+        {{"apply", "sharpenify", in, out},
+         "apply: no transformation 'sharpenify'; there are: " + ModuleNames()},
         {{"apply", "negative", "--foo", "1", in, out},
          "unknown option --foo for apply negative; allowed: --amount, --mask, --amount2, "
          "--quality, --sampling, --format, --jobs"},
