@@ -245,7 +245,7 @@ int Apply(const std::vector<std::string>& args)
     }
     const std::string command = "apply " + std::string(module->name);
     std::vector<Option> allowed;
-    for (const ParamSpec& p : module->params)
+    for (const ParamDecl& p : module->params)
         allowed.push_back({p.name, p.type != ParamType::Flag, ParamAllowed(p)});
     if (module->hasAmount) {
         allowed.push_back({"amount", true, "a percentage from 0 to 100"});
@@ -295,10 +295,10 @@ int Apply(const std::vector<std::string>& args)
     std::unique_ptr<TransformParams> params = CreateParams(*module);
     if (!params) return UsageError("out of memory");
     for (const GivenOption& given : line.options) {
-        const ParamSpec* spec = FindParam(*module, given.name);
-        if (!spec) continue;
+        const ParamDecl* param = FindParam(*module, given.name);
+        if (!param) continue;
         ClearErrorDetail();
-        const int32_t code = ParamSetText(*spec, *params, given.value, problem);
+        const int32_t code = ParamSetText(*param, *params, given.value, problem);
         if (code == kParamRefused) return UsageError("--" + given.name + ": " + problem);
         if (code) {
             PrintFailure({code, given.value, {}});

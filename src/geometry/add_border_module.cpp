@@ -24,7 +24,7 @@ int32_t border_worker(const TransformArgs& args)
     return border_run(args, border_margins(p, source->resolution), p.red, p.green, p.blue);
 }
 
-ParamSpec Margin(const char* name, double BorderParams::*field, const char* label, const char* help)
+ParamDecl Margin(const char* name, double BorderParams::*field, const char* label, const char* help)
 {
     return {.name = name,
             .type = ParamType::Real,
@@ -37,7 +37,7 @@ ParamSpec Margin(const char* name, double BorderParams::*field, const char* labe
             .help = help};
 }
 
-ParamSpec Channel(const char* name, int32_t BorderParams::*field, const char* help)
+ParamDecl Channel(const char* name, int32_t BorderParams::*field, const char* help)
 {
     return {.name = name,
             .type = ParamType::Int,

@@ -46,7 +46,7 @@ int32_t crop_worker(const TransformArgs& args)
 
 // The box's corners on the command line: columns from the left and rows
 // from the top, -1 for the last.
-ParamSpec Corner(const char* name, int32_t CropParams::*field, int32_t defaultValue,
+ParamDecl Corner(const char* name, int32_t CropParams::*field, int32_t defaultValue,
                  const char* help)
 {
     return {.name = name,

@@ -58,16 +58,16 @@ std::unique_ptr<TransformParams> CreateParams(const TransformModule& module)
 {
     std::unique_ptr<TransformParams> params = module.create ? module.create() : nullptr;
     if (!params) return nullptr;
-    for (const ParamSpec& spec : module.params) {
-        switch (spec.type) {
+    for (const ParamDecl& param : module.params) {
+        switch (param.type) {
         case ParamType::Int:
         case ParamType::Choice:
         case ParamType::Flag:
-            if (spec.field.integer)
-                (*params).*spec.field.integer = static_cast<int32_t>(spec.defaultValue);
+            if (param.field.integer)
+                (*params).*param.field.integer = static_cast<int32_t>(param.defaultValue);
             break;
         case ParamType::Real:
-            if (spec.field.real) (*params).*spec.field.real = spec.defaultValue;
+            if (param.field.real) (*params).*param.field.real = param.defaultValue;
             break;
         case ParamType::File: break;  // no file: the record's own starting state
         }
@@ -75,22 +75,22 @@ std::unique_ptr<TransformParams> CreateParams(const TransformModule& module)
     return params;
 }
 
-const ParamSpec* FindParam(const TransformModule& module, const std::string& name)
+const ParamDecl* FindParam(const TransformModule& module, const std::string& name)
 {
-    for (const ParamSpec& spec : module.params)
-        if (name == spec.name) return &spec;
+    for (const ParamDecl& param : module.params)
+        if (name == param.name) return &param;
     return nullptr;
 }
 
-std::vector<std::string> ParamChoiceLabels(const ParamSpec& spec)
+std::vector<std::string> ParamChoiceLabels(const ParamDecl& param)
 {
-    return SplitBar(spec.choiceLabels);
+    return SplitBar(param.choiceLabels);
 }
 
-std::vector<std::string> ParamChoiceNames(const ParamSpec& spec)
+std::vector<std::string> ParamChoiceNames(const ParamDecl& param)
 {
-    if (*spec.choices) return SplitBar(spec.choices);
-    std::vector<std::string> names = SplitBar(spec.choiceLabels);
+    if (*param.choices) return SplitBar(param.choices);
+    std::vector<std::string> names = SplitBar(param.choiceLabels);
     for (std::string& name : names) {
         for (char& c : name) {
             if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -100,118 +100,118 @@ std::vector<std::string> ParamChoiceNames(const ParamSpec& spec)
     return names;
 }
 
-int32_t ParamInt(const ParamSpec& spec, const TransformParams& params)
+int32_t ParamInt(const ParamDecl& param, const TransformParams& params)
 {
-    return spec.field.integer ? params.*spec.field.integer : 0;
+    return param.field.integer ? params.*param.field.integer : 0;
 }
 
-double ParamReal(const ParamSpec& spec, const TransformParams& params)
+double ParamReal(const ParamDecl& param, const TransformParams& params)
 {
-    return spec.field.real ? params.*spec.field.real : 0.0;
+    return param.field.real ? params.*param.field.real : 0.0;
 }
 
-bool ParamSetInt(const ParamSpec& spec, TransformParams& params, int32_t value)
+bool ParamSetInt(const ParamDecl& param, TransformParams& params, int32_t value)
 {
-    if (!spec.field.integer) return false;
+    if (!param.field.integer) return false;
     int32_t low = 0, high = 0;
-    switch (spec.type) {
+    switch (param.type) {
     case ParamType::Int:
-        low = static_cast<int32_t>(spec.minimum);
-        high = static_cast<int32_t>(spec.maximum);
+        low = static_cast<int32_t>(param.minimum);
+        high = static_cast<int32_t>(param.maximum);
         break;
-    case ParamType::Choice: high = static_cast<int32_t>(ParamChoiceLabels(spec).size()) - 1; break;
+    case ParamType::Choice: high = static_cast<int32_t>(ParamChoiceLabels(param).size()) - 1; break;
     case ParamType::Flag: high = 1; break;
     default: return false;
     }
-    if (value < low || value > high || params.*spec.field.integer == value) return false;
-    params.*spec.field.integer = value;
+    if (value < low || value > high || params.*param.field.integer == value) return false;
+    params.*param.field.integer = value;
     return true;
 }
 
-bool ParamSetReal(const ParamSpec& spec, TransformParams& params, double value)
+bool ParamSetReal(const ParamDecl& param, TransformParams& params, double value)
 {
-    if (spec.type != ParamType::Real || !spec.field.real || !std::isfinite(value) ||
-        value < spec.minimum || value > spec.maximum || params.*spec.field.real == value)
+    if (param.type != ParamType::Real || !param.field.real || !std::isfinite(value) ||
+        value < param.minimum || value > param.maximum || params.*param.field.real == value)
         return false;
-    params.*spec.field.real = value;
+    params.*param.field.real = value;
     return true;
 }
 
-std::string ParamAllowed(const ParamSpec& spec)
+std::string ParamAllowed(const ParamDecl& param)
 {
-    switch (spec.type) {
+    switch (param.type) {
     case ParamType::Int:
-        return "an integer from " + Number(spec.minimum, 0) + " to " + Number(spec.maximum, 0);
+        return "an integer from " + Number(param.minimum, 0) + " to " + Number(param.maximum, 0);
     case ParamType::Real:
-        return "a number from " + Number(spec.minimum, spec.decimals) + " to " +
-               Number(spec.maximum, spec.decimals);
-    case ParamType::Choice: return "one of " + JoinNames(ParamChoiceNames(spec), ", ");
+        return "a number from " + Number(param.minimum, param.decimals) + " to " +
+               Number(param.maximum, param.decimals);
+    case ParamType::Choice: return "one of " + JoinNames(ParamChoiceNames(param), ", ");
     case ParamType::Flag: return "no value";
     case ParamType::File:
-        return std::string("a \"") + spec.fileKind + " 1.0\" file" +
-               (*spec.fileExtension ? std::string(" (") + spec.fileExtension + ")" : "");
+        return std::string("a \"") + param.fileKind + " 1.0\" file" +
+               (*param.fileExtension ? std::string(" (") + param.fileExtension + ")" : "");
     }
     return "";
 }
 
-std::string ParamDefaultText(const ParamSpec& spec)
+std::string ParamDefaultText(const ParamDecl& param)
 {
-    switch (spec.type) {
-    case ParamType::Int: return Number(spec.defaultValue, 0);
-    case ParamType::Real: return Number(spec.defaultValue, spec.decimals);
+    switch (param.type) {
+    case ParamType::Int: return Number(param.defaultValue, 0);
+    case ParamType::Real: return Number(param.defaultValue, param.decimals);
     case ParamType::Choice: {
-        const std::vector<std::string> names = ParamChoiceNames(spec);
-        const auto index = static_cast<size_t>(spec.defaultValue);
+        const std::vector<std::string> names = ParamChoiceNames(param);
+        const auto index = static_cast<size_t>(param.defaultValue);
         return index < names.size() ? names[index] : "";
     }
-    case ParamType::Flag: return spec.defaultValue != 0 ? "on" : "off";
+    case ParamType::Flag: return param.defaultValue != 0 ? "on" : "off";
     case ParamType::File: return "none";
     }
     return "";
 }
 
-int32_t ParamSetText(const ParamSpec& spec, TransformParams& params, const std::string& text,
+int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std::string& text,
                      std::string& problem)
 {
     problem.clear();
     auto refuse = [&](const std::string& why) {
-        problem = why + "; allowed: " + ParamAllowed(spec);
+        problem = why + "; allowed: " + ParamAllowed(param);
         return kParamRefused;
     };
-    switch (spec.type) {
+    switch (param.type) {
     case ParamType::Int: {
         int32_t value = 0;
         if (ParseInt(text, value) != 0) return refuse("'" + text + "' is not an integer");
-        if (value < spec.minimum || value > spec.maximum)
+        if (value < param.minimum || value > param.maximum)
             return refuse("'" + text + "' is out of range");
-        params.*spec.field.integer = value;
+        params.*param.field.integer = value;
         return 0;
     }
     case ParamType::Real: {
         double value = 0;
         if (ParseReal(text, value) != 0 || !std::isfinite(value))
             return refuse("'" + text + "' is not a number");
-        if (value < spec.minimum || value > spec.maximum)
+        if (value < param.minimum || value > param.maximum)
             return refuse("'" + text + "' is out of range");
-        params.*spec.field.real = value;
+        params.*param.field.real = value;
         return 0;
     }
     case ParamType::Choice: {
-        const std::vector<std::string> names = ParamChoiceNames(spec);
+        const std::vector<std::string> names = ParamChoiceNames(param);
         for (size_t i = 0; i < names.size(); ++i) {
             if (text == names[i]) {
-                params.*spec.field.integer = static_cast<int32_t>(i);
+                params.*param.field.integer = static_cast<int32_t>(i);
                 return 0;
             }
         }
         return refuse("'" + text + "' is not a choice");
     }
     case ParamType::Flag:
-        params.*spec.field.integer = 1;
+        params.*param.field.integer = 1;
         return 0;
     case ParamType::File:
         if (text.empty()) return refuse("no file named");
-        return spec.field.load(params, text);
+        return param.field.load(params, text);
     }
     return refuse("unknown kind of parameter");
 }
@@ -223,7 +223,7 @@ std::string CheckModule(const TransformModule& module)
     if (!module.title || !*module.title) return who + "no title";
     if (!module.create || !module.worker) return who + "no record or no worker";
     for (size_t i = 0; i < module.params.size(); ++i) {
-        const ParamSpec& p = module.params[i];
+        const ParamDecl& p = module.params[i];
         const std::string at = who + "--" + p.name + ": ";
         if (!IsOptionName(p.name)) return at + "the name is not lower case with hyphens";
         for (size_t j = 0; j < i; ++j)
@@ -271,9 +271,9 @@ std::string CheckModule(const TransformModule& module)
 }
 
 // What stands for an option's value in the reference.
-static const char* ValueWord(const ParamSpec& spec)
+static const char* ValueWord(const ParamDecl& param)
 {
-    switch (spec.type) {
+    switch (param.type) {
     case ParamType::Int: return " N";
     case ParamType::Real: return " X";
     case ParamType::Choice: return " CHOICE";
@@ -300,7 +300,7 @@ std::string TransformReference(bool markdown)
             out += std::string("\n## ") + m.name + " (" + m.title + ")\n\n";
             if (*m.help) out += std::string(m.help) + "\n\n";
             if (m.params.empty()) out += "No parameters of its own.\n";
-            for (const ParamSpec& p : m.params) {
+            for (const ParamDecl& p : m.params) {
                 std::string help = p.help;
                 if (!help.empty() && help[0] >= 'a' && help[0] <= 'z')
                     help[0] = static_cast<char>(help[0] - 'a' + 'A');
@@ -315,7 +315,7 @@ std::string TransformReference(bool markdown)
             out += std::string(m.name) + "  (" + m.title + ")";
             if (*m.help) out += std::string("  ") + m.help;
             out += "\n";
-            for (const ParamSpec& p : m.params) {
+            for (const ParamDecl& p : m.params) {
                 out += std::string("    --") + p.name + ValueWord(p) + "  " + p.help + "; " +
                        ParamAllowed(p) + ", default " + ParamDefaultText(p) + "\n";
             }

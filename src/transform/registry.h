@@ -74,7 +74,7 @@ inline ParamField Loader(int32_t (*load)(TransformParams& params, const std::str
 // parses, range-checks and sets it; the record's defaults, the command
 // line's option, the panel's row, `lumivue-cli list` and the reference in
 // docs/transformations.md all come from this.
-struct ParamSpec {
+struct ParamDecl {
     const char* name = "";  // the option, lower case with hyphens: "color-space"
     ParamType type = ParamType::Int;
     ParamField field = {};
@@ -125,7 +125,7 @@ struct TransformModule {
     // table's); 0 for a module of the command line alone.
     int32_t commandId = 0;
     bool hasAmount = true;
-    std::vector<ParamSpec> params = {};
+    std::vector<ParamDecl> params = {};
     // A record of the module's type (`NewParams<...>`); CreateParams sets the
     // declared defaults in it.
     std::unique_ptr<TransformParams> (*create)() = nullptr;
@@ -156,7 +156,7 @@ const TransformModule* FindTransformByCommand(int32_t commandId);
 std::unique_ptr<TransformParams> CreateParams(const TransformModule& module);
 
 // The parameter of that option name, or null.
-const ParamSpec* FindParam(const TransformModule& module, const std::string& name);
+const ParamDecl* FindParam(const TransformModule& module, const std::string& name);
 
 // Returned by ParamSetText for a value the parameter does not allow.
 inline constexpr int32_t kParamRefused = -1;
@@ -165,27 +165,27 @@ inline constexpr int32_t kParamRefused = -1;
 // `problem` saying what was wrong and what is allowed ("'lab' is not one of
 // hsv, hsl"); or, for a file that cannot be read, the file's own code (the
 // reason is in ErrorDetail()).
-int32_t ParamSetText(const ParamSpec& spec, TransformParams& params, const std::string& text,
+int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std::string& text,
                      std::string& problem);
 
 // The value of an Int, Choice or Flag parameter, and of a Real one.
-int32_t ParamInt(const ParamSpec& spec, const TransformParams& params);
-double ParamReal(const ParamSpec& spec, const TransformParams& params);
+int32_t ParamInt(const ParamDecl& param, const TransformParams& params);
+double ParamReal(const ParamDecl& param, const TransformParams& params);
 // Sets one from a control: false (and nothing set) when out of range or
 // unchanged.
-bool ParamSetInt(const ParamSpec& spec, TransformParams& params, int32_t value);
-bool ParamSetReal(const ParamSpec& spec, TransformParams& params, double value);
+bool ParamSetInt(const ParamDecl& param, TransformParams& params, int32_t value);
+bool ParamSetReal(const ParamDecl& param, TransformParams& params, double value);
 
 // A Choice's entries: the panel's texts, and the command line's names.
-std::vector<std::string> ParamChoiceLabels(const ParamSpec& spec);
-std::vector<std::string> ParamChoiceNames(const ParamSpec& spec);
+std::vector<std::string> ParamChoiceLabels(const ParamDecl& param);
+std::vector<std::string> ParamChoiceNames(const ParamDecl& param);
 
 // What the parameter allows, as the command line says it: "an integer from
 // 0 to 2", "one of hsv, hsl", "a number from 0.10 to 10.00", "a \"Curve 1.0\"
 // file (.crv)", "no value".
-std::string ParamAllowed(const ParamSpec& spec);
+std::string ParamAllowed(const ParamDecl& param);
 // Its default as the command line would write it: "2", "hsv", "none".
-std::string ParamDefaultText(const ParamSpec& spec);
+std::string ParamDefaultText(const ParamDecl& param);
 
 // Whether a module's declarations hold together (a field for each
 // parameter of the right kind, defaults inside their ranges, labels for every

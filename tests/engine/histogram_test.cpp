@@ -99,7 +99,7 @@ TEST(Equalize, MapsTheInputsHistogramOntoAFlatOne)
     ASSERT_EQ(RunTransformToImage(*equalize, *params, &gray, result), 0);
     EXPECT_EQ(result.rows[19][0], 90);
     std::string problem;
-    const ParamSpec* space = FindParam(*equalize, "color-space");
+    const ParamDecl* space = FindParam(*equalize, "color-space");
     ASSERT_NE(space, nullptr);
     EXPECT_EQ(ParamSetText(*space, *params, "hsl", problem), 0);
     EXPECT_EQ(ParamInt(*space, *params), 1);

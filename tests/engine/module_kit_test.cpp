@@ -129,9 +129,9 @@ TEST(ModuleKit, TextIsParsedRangeCheckedAndRefusedWithWhatIsAllowed)
 TEST(ModuleKit, PanelValuesAreRangeCheckedAndReportChanges)
 {
     auto params = CreateParams(kKit);
-    const ParamSpec& radius = *FindParam(kKit, "radius");
-    const ParamSpec& mode = *FindParam(kKit, "mode");
-    const ParamSpec& gamma = *FindParam(kKit, "gamma");
+    const ParamDecl& radius = *FindParam(kKit, "radius");
+    const ParamDecl& mode = *FindParam(kKit, "mode");
+    const ParamDecl& gamma = *FindParam(kKit, "gamma");
     EXPECT_FALSE(ParamSetInt(radius, *params, 3));  // unchanged
     EXPECT_TRUE(ParamSetInt(radius, *params, 4));
     EXPECT_FALSE(ParamSetInt(radius, *params, 0));

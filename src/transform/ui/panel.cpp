@@ -323,7 +323,7 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
     }
     const TransformModule& m = *frame_.module;
     for (size_t i = 0; i < m.params.size(); ++i) {
-        const ParamSpec& p = m.params[i];
+        const ParamDecl& p = m.params[i];
         if (!p.inPanel) {
             paramControls_.push_back(nullptr);
             continue;
@@ -407,18 +407,18 @@ void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t 
     }
     const size_t index = static_cast<size_t>(controlId - kFirstParamId);
     if (controlId < kFirstParamId || index >= m.params.size() || !paramControls_[index]) return;
-    const ParamSpec& spec = m.params[index];
+    const ParamDecl& param = m.params[index];
     TransformParams& record = *frame_.params;
     bool changed = false;
     if (auto* integer = dynamic_cast<IntegerControl*>(paramControls_[index]))
-        changed = ParamSetInt(spec, record, integer->value());
-    else if (message == kMsgValueChanged && spec.type != ParamType::Real)
-        changed = ParamSetInt(spec, record, static_cast<int32_t>(value));
+        changed = ParamSetInt(param, record, integer->value());
+    else if (message == kMsgValueChanged && param.type != ParamType::Real)
+        changed = ParamSetInt(param, record, static_cast<int32_t>(value));
     else if (auto* edit = dynamic_cast<PEditControl*>(paramControls_[index])) {
         // A number outside the range, or half typed, waits for the next key.
         double number = 0;
         if (ParseReal(edit->text().toStdString(), number) == kOk)
-            changed = ParamSetReal(spec, record, number);
+            changed = ParamSetReal(param, record, number);
     }
     if (changed) ParamsChanged();
 }
