@@ -9,6 +9,7 @@
 #include "image/pixel.h"
 #include "image/threads.h"
 #include "shell/errors.h"
+#include "transform/point_worker.h"
 
 namespace lv {
 
@@ -167,8 +168,7 @@ int32_t border_run(const TransformArgs& args, const BorderMargins& margins, int3
     job.red = static_cast<uint8_t>(Clamp8(red));
     job.green = static_cast<uint8_t>(Clamp8(green));
     job.blue = static_cast<uint8_t>(Clamp8(blue));
-    const bool whole = args.rectLeft == 0 && args.rectTop == 0 &&
-                       args.rectRight == args.outWidth - 1 && args.rectBottom == args.outHeight - 1;
+    const bool whole = WholeOutput(args);
 
     // A full result of a large picture: every row on its own, so the rows
     // can go to all the cores.
@@ -197,15 +197,7 @@ int32_t border_run(const TransformArgs& args, const BorderMargins& margins, int3
     const int32_t step = args.zoom < 0 ? -args.zoom : 1;
     LineOutput out;
     LineOutputReset(out);
-    int32_t result = kOk;
-    if (whole) {
-        result = ImageAlloc(*args.destination, job.kind, args.outWidth, args.outHeight,
-                            source.resolution);
-        if (!result) ClearImagePadding(*args.destination);
-    }
-    if (!result)
-        result = LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
-                                args.rectTop, args.toImage ? 1 : 0, out);
+    int32_t result = WorkerOutputOpen(args, job.kind, out);
     if (!result) {
         WorkerBusy busy;
         busy.Open(args, "Add Border");

@@ -148,25 +148,6 @@ CropMargins crop_margins(const CropBox& box, int32_t width, int32_t height)
     return m;
 }
 
-void ClearRowPadding(uint8_t* row, int32_t kind, int32_t width, int32_t stride)
-{
-    int32_t used;
-    if (kind == kImageBinary) {
-        used = (width + 7) / 8;
-        if (width % 8) row[used - 1] &= static_cast<uint8_t>(0xFF00 >> (width % 8));
-    } else {
-        used = width * (kind == kImageColor ? 3 : 1);
-    }
-    if (stride > used) std::memset(row + used, 0, static_cast<size_t>(stride - used));
-}
-
-void ClearImagePadding(Image& image)
-{
-    if (image.kind < kImageBinary || image.kind > kImageColor || !image.rows) return;
-    for (int32_t y = 0; y < image.height; ++y)
-        ClearRowPadding(image.rows[y], image.kind, image.width, image.stride);
-}
-
 namespace {
 
 // One row of the crop: `pixels` bytes of gray, triples of colour, or for a
@@ -191,8 +172,7 @@ int32_t crop_run(const TransformArgs& args, const CropBox& box)
     if (box.x1 == 0 && box.y1 == 0 && box.x2 == source.width - 1 && box.y2 == source.height - 1) {
         return RunShortWay(args);
     }
-    const bool whole = args.rectLeft == 0 && args.rectTop == 0 &&
-                       args.rectRight == args.outWidth - 1 && args.rectBottom == args.outHeight - 1;
+    const bool whole = WholeOutput(args);
 
     // A full result of a large picture: each output row is one source row,
     // so the rows can go to all the cores.
@@ -227,18 +207,9 @@ int32_t crop_run(const TransformArgs& args, const CropBox& box)
     LineOutput out;
     LineInputReset(in);
     LineOutputReset(out);
-    int32_t result = kOk;
-    if (whole) {
-        result = ImageAlloc(*args.destination, source.kind, args.outWidth, args.outHeight,
-                            source.resolution);
-        if (!result) ClearImagePadding(*args.destination);
-    }
-    if (!result)
-        result = LineInputOpen(source, args.sourceX + box.x1, args.sourceY + box.y1, args.zoom,
-                               args.width, in);
-    if (!result)
-        result = LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
-                                args.rectTop, args.toImage ? 1 : 0, out);
+    int32_t result = LineInputOpen(source, args.sourceX + box.x1, args.sourceY + box.y1,
+                                   args.zoom, args.width, in);
+    if (!result) result = WorkerOutputOpen(args, source.kind, out);
     if (!result) {
         WorkerBusy busy;
         busy.Open(args, "Crop");

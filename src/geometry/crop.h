@@ -106,13 +106,6 @@ struct CropMargins {
 };
 CropMargins crop_margins(const CropBox& box, int32_t width, int32_t height);
 
-// Clears what lies beyond `width` pixels in a row of a picture of `kind`:
-// the spare bits of a 1-bit row's last byte and the padding bytes up to
-// `stride`, so that a result's bytes never depend on what memory held.
-void ClearRowPadding(uint8_t* row, int32_t kind, int32_t width, int32_t stride);
-// The same for every row of a picture.
-void ClearImagePadding(Image& image);
-
 // The worker's rows for an ordered box that lies inside the source: the
 // input read at (column + x1, row + y1), each row copied (a 1-bit picture's
 // bytes below 128 clear the bit, others set it), the box titled "Crop" from

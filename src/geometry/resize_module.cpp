@@ -58,9 +58,7 @@ int32_t PartWorker(const TransformArgs& args, const Image& source, int32_t width
     const int32_t kind = state.workKind == kImageBinary ? kImageGray : state.workKind;
     const int32_t channels = kind == kImageColor ? 3 : 1;
     Image& destination = *args.destination;
-    const bool whole = args.rectLeft == 0 && args.rectTop == 0 &&
-                       args.rectRight == args.outWidth - 1 && args.rectBottom == args.outHeight - 1;
-    if (whole) {
+    if (WholeOutput(args)) {
         if (int32_t code =
                 ImageAlloc(destination, kind, args.outWidth, args.outHeight, source.resolution))
             return code;

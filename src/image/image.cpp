@@ -198,6 +198,25 @@ void ImageClear(Image& image)
 
 void ImageFree(Image& image) { ImageClear(image); }
 
+void ClearRowPadding(uint8_t* row, int32_t kind, int32_t width, int32_t stride)
+{
+    int32_t used;
+    if (kind == kImageBinary) {
+        used = (width + 7) / 8;
+        if (width % 8) row[used - 1] &= static_cast<uint8_t>(0xFF00 >> (width % 8));
+    } else {
+        used = width * (kind == kImageColor ? 3 : 1);
+    }
+    if (stride > used) std::memset(row + used, 0, static_cast<size_t>(stride - used));
+}
+
+void ClearImagePadding(Image& image)
+{
+    if (image.kind < kImageBinary || image.kind > kImageColor || !image.rows) return;
+    for (int32_t y = 0; y < image.height; ++y)
+        ClearRowPadding(image.rows[y], image.kind, image.width, image.stride);
+}
+
 int32_t ImageRowCount(const Image& image)
 {
     if (!image.rows) return 0;

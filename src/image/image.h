@@ -76,6 +76,13 @@ int32_t ImageAlloc(Image& image, int32_t kind, int32_t width, int32_t height, do
 void ImageFree(Image& image);
 inline int32_t ImageRowBytes(int32_t n) { return (n + 3) & ~3; }
 
+// Clears what lies beyond `width` pixels in a row of a picture of `kind`:
+// the spare bits of a 1-bit row's last byte and the padding bytes up to
+// `stride`, so that a result's bytes never depend on what memory held.
+void ClearRowPadding(uint8_t* row, int32_t kind, int32_t width, int32_t stride);
+// The same for every row of a picture.
+void ClearImagePadding(Image& image);
+
 // The most bytes one picture's pixels may take: the machine's memory, or the
 // process's own address-space or data limit when lower, unless a smaller
 // budget was set (the fuzzers set one). SetImageMemoryLimit(0) goes back to

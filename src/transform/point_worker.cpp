@@ -23,6 +23,18 @@ int32_t RunShortWay(const TransformArgs& args)
                          h - 1 - args.rectBottom, args.rectRight, h - 1 - args.rectTop, true);
 }
 
+int32_t WorkerOutputOpen(const TransformArgs& args, int32_t kind, LineOutput& out)
+{
+    if (WholeOutput(args)) {
+        if (int32_t code = ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight,
+                                      args.source->resolution))
+            return code;
+        ClearImagePadding(*args.destination);
+    }
+    return LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
+                          args.rectTop, args.toImage ? 1 : 0, out);
+}
+
 int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
                        bool unchanged)
 {
@@ -32,8 +44,7 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
     const AmountPass pass = AmountPassFor(args.params->amount);
     const int32_t channels = source->kind == kImageColor ? 3 : 1;
     const int32_t kind = source->kind == kImageColor ? kImageColor : kImageGray;
-    const bool whole = args.rectLeft == 0 && args.rectTop == 0 &&
-                       args.rectRight == args.outWidth - 1 && args.rectBottom == args.outHeight - 1;
+    const bool whole = WholeOutput(args);
     // A full result of a gray or colour picture: each output row from the
     // input row of the same number, so the rows can go to all the cores.
     if (args.toImage && whole && args.zoom == 1 && source->kind != kImageBinary &&
@@ -66,18 +77,11 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
     LineInputReset(in);
     LineInputReset(mask);
     LineOutputReset(out);
-    int32_t result = kOk;
-    if (whole)
-        result =
-            ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight, source->resolution);
-    if (!result)
-        result = LineInputOpen(*source, args.sourceX, args.sourceY, args.zoom, args.width, in);
+    int32_t result = LineInputOpen(*source, args.sourceX, args.sourceY, args.zoom, args.width, in);
     if (!result && pass.UsesMask())
         result = LineInputOpen(*args.params->amount.mask, args.sourceX, args.sourceY, args.zoom,
                                args.width, mask);
-    if (!result)
-        result = LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
-                                args.rectTop, args.toImage ? 1 : 0, out);
+    if (!result) result = WorkerOutputOpen(args, kind, out);
     if (!result) {
         WorkerBusy busy;
         busy.Open(args, title);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "image/lineio.h"
 #include "transform/registry.h"
 
 namespace lv {
@@ -19,6 +20,20 @@ using RowFunction = void (*)(const uint8_t* in, uint8_t* out, int32_t pixels, in
 // full result is a boxed copy ("Copy"), a preview shows the input at its
 // zoom in the asked rectangle.
 int32_t RunShortWay(const TransformArgs& args);
+
+// Whether the rectangle to compute is the whole output (a full result, or a
+// preview made afresh) rather than a scrolled strip.
+inline bool WholeOutput(const TransformArgs& args)
+{
+    return args.rectLeft == 0 && args.rectTop == 0 && args.rectRight == args.outWidth - 1 &&
+           args.rectBottom == args.outHeight - 1;
+}
+
+// Opens a worker's line output: when the rectangle is the whole output, the
+// destination is first made (of `kind`, the output's size, the input's
+// resolution, its row padding cleared); a scrolled strip reuses what is
+// there. 0 or the allocation's code.
+int32_t WorkerOutputOpen(const TransformArgs& args, int32_t kind, LineOutput& out);
 
 // Runs the worker contract for a point transformation. Kinds 1 to 3 are
 // taken (binary gives gray output); anything else gives 14.

@@ -12,6 +12,7 @@
 #include "image/pixel.h"
 #include "image/threads.h"
 #include "shell/errors.h"
+#include "support/pictures.h"
 #include "support/scripted_frontend.h"
 #include "transform/registry.h"
 
@@ -41,21 +42,8 @@ Image Make(int32_t kind, int32_t width, int32_t height)
     return image;
 }
 
-uint32_t Pixel(const Image& image, int32_t x, int32_t y)
-{
-    const uint8_t* row = image.rows[y];
-    if (image.kind == kImageBinary) return static_cast<uint32_t>(GetBit(row, x));
-    if (image.kind == kImageGray) return row[x];
-    return uint32_t{row[3 * x]} | uint32_t{row[3 * x + 1]} << 8 | uint32_t{row[3 * x + 2]} << 16;
-}
-
-std::vector<uint8_t> Bytes(const Image& image)
-{
-    std::vector<uint8_t> bytes;
-    for (int32_t y = 0; y < image.height; ++y)
-        bytes.insert(bytes.end(), image.rows[y], image.rows[y] + image.stride);
-    return bytes;
-}
+using test::Bytes;
+using test::Pixel;
 
 // Every source pixel at the place the table gives, and the result's shape.
 void ExpectOriented(const Image& s, const Image& out, int32_t o)
