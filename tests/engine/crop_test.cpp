@@ -262,29 +262,6 @@ TEST(Crop, ProportionsRefitTheBoxFromItsSecondCorner)
     EXPECT_EQ(w * 100 + h, 3530);
 }
 
-TEST(Crop, ABoxFromTenThousandPixelsThatCancelsAtARow)
-{
-    SetThreadCount(1);
-    const Image gray = Make(kImageGray, 200, 200);
-    test::ScriptedFrontEnd fe;
-    ScopedFrontEnd installed(fe);
-    Image r;
-    ASSERT_EQ(Apply("crop", gray, {{"x1", "10"}, {"x2", "109"}, {"y2", "99"}}, r), 0);
-    EXPECT_EQ(fe.titles, std::vector<std::string>{"Crop"});
-    EXPECT_EQ(fe.steps.size(), 100u);
-    EXPECT_EQ(fe.steps.back(), 99);
-    ASSERT_EQ(Apply("crop", gray, {{"x2", "98"}, {"y2", "100"}}, r), 0);  // 9999 pixels
-    EXPECT_EQ(fe.opens, 1);
-    fe.abortAtStep = 7;
-    EXPECT_EQ(Apply("crop", gray, {{"x2", "150"}, {"y2", "150"}}, r), kErrAborted);
-    EXPECT_EQ(fe.steps.back(), 7);
-    EXPECT_EQ(fe.closes, 2);
-    SetThreadCount(0);
-    Image solid;
-    ASSERT_EQ(ImageAlloc(solid, kImageSolid, 1, 1, 0.0), 0);
-    EXPECT_EQ(Apply("crop", solid, {}, r), kErrImageType);
-}
-
 TEST(Crop, TheSameBytesOnAnyNumberOfThreadsAndPreviewsThatShowTheResult)
 {
     for (int32_t kind : {kImageBinary, kImageGray, kImageColor}) {
@@ -418,30 +395,6 @@ TEST(AddBorder, WhiteOrBlackKeepsBinaryAnotherGrayMakesGrayAnyColourColour)
     ASSERT_EQ(Apply("add-border", binary, {{"red", "10"}, {"left", "0.4"}}, r), 0);
     EXPECT_EQ(r.kind, kImageBinary);
     EXPECT_EQ(Bytes(r), Bytes(binary));
-}
-
-TEST(AddBorder, ABoxFromTenThousandPixelsThatCancelsAtARow)
-{
-    SetThreadCount(1);
-    const Image gray = Make(kImageGray, 98, 98);
-    test::ScriptedFrontEnd fe;
-    ScopedFrontEnd installed(fe);
-    Image r;
-    ASSERT_EQ(Apply("add-border", gray, {{"left", "1"}, {"right", "1"}, {"top", "2"}}, r), 0);
-    EXPECT_EQ(fe.titles, std::vector<std::string>{"Add Border"});
-    EXPECT_EQ(fe.steps.size(), 100u);
-    ASSERT_EQ(Apply("add-border", gray, {{"left", "1"}, {"top", "2"}}, r), 0);  // 9900 pixels
-    EXPECT_EQ(fe.opens, 1);
-    fe.abortAtStep = 4;
-    EXPECT_EQ(Apply("add-border", gray, {{"left", "50"}}, r), kErrAborted);
-    EXPECT_EQ(fe.steps.back(), 4);
-    SetThreadCount(0);
-    for (int32_t kind : {kImageEmpty, kImageSolid, kImageHistogram}) {
-        Image odd;
-        ASSERT_EQ(ImageAlloc(odd, kind, 2, 2, 0.0), 0);
-        EXPECT_EQ(Apply("add-border", odd, {{"left", "1"}}, r), kErrImageType);
-        EXPECT_EQ(Apply("add-border", odd, {}, r), kErrImageType);
-    }
 }
 
 TEST(AddBorder, TheSameBytesOnAnyNumberOfThreadsAndPreviewsThatShowTheResult)

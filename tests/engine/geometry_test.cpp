@@ -306,29 +306,6 @@ TEST_F(GeometryScan, OnePixelPicturesAndOtherKinds)
 
 // --- Point samplers --------------------------------------------------------
 
-TEST_F(GeometryScan, PointSamplers)
-{
-    EXPECT_EQ(sample_gray(gray, 2, 1), 210);  // the last pixel, nothing beyond
-    EXPECT_EQ(sample_gray(gray, 0.5, 0), 30);
-    EXPECT_EQ(sample_gray(gray, 2, 0.5), 150);  // the last column blends from the one before
-    EXPECT_EQ(sample_gray(gray, 2.0001, 0), 0);
-    EXPECT_EQ(sample_gray(gray, -1, -1), 0);  // what a vanishing point maps to
-
-    uint8_t b = 1, g = 1, r = 1;
-    sample_color(color, 0.5, 0.25, b, g, r);
-    EXPECT_EQ(Bytes({b, g, r}), Bytes({128, 60, 117}));
-    sample_color(color, -1, -1, b, g, r);
-    EXPECT_EQ(Bytes({b, g, r}), Bytes({0, 0, 0}));
-
-    EXPECT_EQ(sample_binary(binary, 1.5, 0.5), 1);  // rounds to (2, 1)
-    EXPECT_EQ(sample_binary(binary, 1.49, 0.49), 0);
-    EXPECT_EQ(sample_binary(binary, 2.5, 0), 0);  // outside
-
-    Image thin;
-    MakeGray(thin, 1, 3, {0, 200, 0});
-    EXPECT_EQ(sample_gray(thin, 0, 0.5), 100);  // stays on the only column
-}
-
 // --- Hit tests and clipping ------------------------------------------------
 
 TEST(GeometryHitTests, DistancesAndRadii)

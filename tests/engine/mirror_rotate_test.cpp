@@ -141,55 +141,6 @@ TEST(MirrorRotate, TheSameBytesOnAnyNumberOfThreadsWithThePaddingCleared)
     }
 }
 
-TEST(MirrorRotate, TheBoxCountsRowsOrTilesUnderTheTitlesAndCancels)
-{
-    SetThreadCount(1);
-    const Image source = Make(kImageGray, 130, 100);  // 13000 pixels; 3 by 2 tiles
-    EXPECT_EQ(mirror_rotate_tiles(65, 1), 2);
-    const char* titles[8] = {"Copy",    "Rotate", "Rotate",  "Rotate",
-                             "Reflect", "Rotate", "Reflect", "Rotate CW"};
-    for (int32_t o = 200; o <= 207; ++o) {
-        test::ScriptedFrontEnd fe;
-        ScopedFrontEnd installed(fe);
-        Image out;
-        ASSERT_EQ(mirror_rotate(source, out, o, true), 0);
-        ASSERT_EQ(fe.titles.size(), 1u);
-        EXPECT_EQ(fe.titles[0], titles[o - 200]);
-        // A step after each row, from 0 to 99, or after each tile, 1 to 6.
-        const std::vector<int32_t> tiles{1, 2, 3, 4, 5, 6};
-        if (o % 2) {
-            EXPECT_EQ(fe.steps, tiles) << o;
-        } else {
-            EXPECT_EQ(fe.steps.size(), 100u) << o;
-            EXPECT_EQ(fe.steps.back(), 99) << o;
-        }
-    }
-    for (int32_t o : {201, 206}) {
-        test::ScriptedFrontEnd fe;
-        fe.abortAtStep = 2;
-        ScopedFrontEnd installed(fe);
-        Image out;
-        EXPECT_EQ(mirror_rotate(source, out, o, true), kErrAborted);
-        EXPECT_EQ(fe.steps.back(), 2);
-        EXPECT_EQ(fe.closes, 1);
-    }
-    // 9999 pixels: the wait cursor; without progress (thumbnails) nothing.
-    test::ScriptedFrontEnd fe;
-    ScopedFrontEnd installed(fe);
-    Image out;
-    ASSERT_EQ(mirror_rotate(Make(kImageColor, 99, 101), out, 201, true), 0);
-    ASSERT_EQ(mirror_rotate(source, out, 205, false), 0);
-    EXPECT_EQ(fe.opens, 0);
-    EXPECT_EQ(fe.waitCursors, 1);
-    SetThreadCount(0);
-    for (int32_t kind : {kImageEmpty, kImageSolid, kImageHistogram}) {
-        Image odd, none;
-        ASSERT_EQ(ImageAlloc(odd, kind, 4, 4, 0.0), 0);
-        EXPECT_EQ(mirror_rotate(odd, none, 201, true), kErrImageType);
-        EXPECT_EQ(none.kind, kImageEmpty);  // nothing allocated
-    }
-}
-
 TEST(MirrorRotate, TheModuleRunsFromItsChoiceNames)
 {
     const TransformModule& module = *FindTransform("mirror-rotate");
