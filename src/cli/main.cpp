@@ -293,7 +293,10 @@ int Apply(const std::vector<std::string>& args)
 
     // The parameters, a parameter file among them: its failure names it.
     std::unique_ptr<TransformParams> params = CreateParams(*module);
-    if (!params) return UsageError("out of memory");
+    if (!params) {
+        PrintFailure({kErrOutOfMemory, module->name, {}});
+        return kErrOutOfMemory;
+    }
     for (const GivenOption& given : line.options) {
         const ParamDecl* param = FindParam(*module, given.name);
         if (!param) continue;
