@@ -52,7 +52,7 @@ ParamDecl Channel(const char* name, int32_t BorderParams::*field, const char* he
 const TransformRegistration kAddBorder({
     .name = "add-border",
     .title = "Add Border",
-    .commandId = 0,
+    .commandId = 4022,
     .hasAmount = false,
     .params =
         {

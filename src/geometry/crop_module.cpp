@@ -62,7 +62,7 @@ ParamDecl Corner(const char* name, int32_t CropParams::*field, int32_t defaultVa
 const TransformRegistration kCrop({
     .name = "crop",
     .title = "Crop",
-    .commandId = 0,
+    .commandId = 4002,
     .hasAmount = false,
     .params =
         {

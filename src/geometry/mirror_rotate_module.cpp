@@ -48,7 +48,7 @@ int32_t mirror_rotate_worker(const TransformArgs& args)
 const TransformRegistration kMirrorRotate({
     .name = "mirror-rotate",
     .title = "Mirror/Rotate",
-    .commandId = 0,
+    .commandId = 4001,
     .hasAmount = false,
     .params = {{
         .name = "orientation",

@@ -127,7 +127,7 @@ int32_t Worker(const TransformArgs& args)
 const TransformRegistration kResize({
     .name = "resize",
     .title = "Resize",
-    .commandId = 0,
+    .commandId = 4003,
     .hasAmount = false,
     .params =
         {

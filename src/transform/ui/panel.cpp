@@ -71,6 +71,7 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
     if (!params) return kErrOutOfMemory;
     std::unique_ptr<PanelPart> part;
     if (partType && partType->make && !(part = partType->make())) return kErrOutOfMemory;
+    if (partType && partType->shortBar) shortBar = true;
     auto* panel = new TransformPanel(frame, module, input, shortBar);
     panel->part_ = std::move(part);
     panel->frame_.params = std::move(params);
@@ -115,7 +116,8 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
     QMdiArea* workspace = frame->workspace();
     workspace->addSubWindow(panel);
     panel->setWindowTitle(QString::fromLatin1(module.title));
-    const QSize size(kPanelWidth, body->sizeHint().height() + Metrics().cyChildBorder);
+    const int32_t width = partType && partType->width > 0 ? partType->width : kPanelWidth;
+    const QSize size(width, body->sizeHint().height() + Metrics().cyChildBorder);
     const QSize area = workspace->viewport()->size();
     // Centred across the workspace, resting a margin above its bottom edge.
     panel->setGeometry((area.width() - size.width()) / 2,
@@ -421,6 +423,20 @@ void TransformPanel::ControlMessage(int32_t message, int32_t controlId, int64_t 
             changed = ParamSetReal(param, record, number);
     }
     if (changed) ParamsChanged();
+}
+
+void TransformPanel::ParamsChanged()
+{
+    int32_t width = 0, height = 0;
+    const Image* input = frame_.source ? &frame_.source->image : nullptr;
+    TransformOutputSize(*frame_.module, input, *frame_.params, width, height);
+    if (width == frame_.outputWidth && height == frame_.outputHeight) {
+        params_changed(frame_);
+        return;
+    }
+    frame_.outputWidth = width;
+    frame_.outputHeight = height;
+    restart_preview(frame_);
 }
 
 void TransformPanel::ChangeInput(ImageSubWindow* input)

@@ -44,6 +44,10 @@ struct PanelPartType {
     int32_t (*check)(const Image* input) = nullptr;
     // A new part for a panel being opened; null when memory is short.
     std::unique_ptr<PanelPart> (*make)() = nullptr;
+    // Apply, OK and Cancel only: the panel has no preview of its own.
+    bool shortBar = false;
+    // The panel's width in pixels; 0 for the usual one.
+    int32_t width = 0;
 };
 
 void RegisterPanelPart(const PanelPartType& type);
@@ -80,8 +84,10 @@ public:
     QWidget* paramControl(size_t index) const;
     static int32_t ParamControlId(size_t index);
     QCheckBox* autoBox() const { return auto_; }
-    // A parameter changed: the preview follows (or goes stale).
-    void ParamsChanged() { params_changed(frame_); }
+    // A parameter changed: the preview follows (or goes stale). When the
+    // output's size or resolution moves with it (Resize, Crop, Add Border,
+    // Mirror/Rotate), the preview is remade at the new size.
+    void ParamsChanged();
     // The input picker chose another window: the panel reads it from now on,
     // drops an Amount mask of the old size, and remakes the preview.
     void ChangeInput(ImageSubWindow* input);
