@@ -65,8 +65,11 @@ const char kHelp[] =
     "                          with --mask, a gray picture of the input's size,\n"
     "                          --amount is the strength where the mask is black\n"
     "                          and --amount2 where it is white (default 0 and 100).\n"
+    "                          apply NAME --help lists NAME's options.\n"
     "                            lumivue-cli apply negative --amount 50 in.tif out.tif\n"
     "                            lumivue-cli apply equalize --color-space hsl in.jpg out.jpg\n"
+    "                            lumivue-cli apply mirror-rotate --orientation cw in.jpg out.jpg\n"
+    "                            lumivue-cli apply crop --box 10,20,409,319 in.jpg out.jpg\n"
     "  list                    The transformations and their parameters;\n"
     "                          --markdown writes the reference of\n"
     "                          docs/transformations.md.\n"
@@ -244,6 +247,17 @@ int Apply(const std::vector<std::string>& args)
         return UsageError("apply: no transformation '" + args[0] + "'; there are: " + names);
     }
     const std::string command = "apply " + std::string(module->name);
+    for (size_t i = 1; i < args.size(); ++i) {
+        if (args[i] == "--help") {
+            // What its options are and allow, with an example.
+            std::string text = ModuleReference(*module, false);
+            text += std::string("  for example: lumivue-cli apply ") + module->name +
+                    (*module->example ? std::string(" ") + module->example : "") +
+                    " in.jpg out.jpg\n";
+            std::fputs(text.c_str(), stdout);
+            return 0;
+        }
+    }
     std::vector<Option> allowed;
     for (const ParamDecl& p : module->params)
         allowed.push_back({p.name, p.type != ParamType::Flag, ParamAllowed(p)});
@@ -301,7 +315,7 @@ int Apply(const std::vector<std::string>& args)
         const ParamDecl* param = FindParam(*module, given.name);
         if (!param) continue;
         ClearErrorDetail();
-        const int32_t code = ParamSetText(*param, *params, given.value, problem);
+        const int32_t code = ParamSetText(*module, *param, *params, given.value, problem);
         if (code == kParamRefused) return UsageError("--" + given.name + ": " + problem);
         if (code) {
             PrintFailure({code, given.value, {}});

@@ -59,6 +59,13 @@ const TransformRegistration kAddBorder({
             Channel("red", &BorderParams::red, "the red of the border colour"),
             Channel("green", &BorderParams::green, "the green of the border colour"),
             Channel("blue", &BorderParams::blue, "the blue of the border colour"),
+            {
+                .name = "color",
+                .type = ParamType::Group,
+                .members = "red|green|blue",
+                .help = "the border colour's red, green and blue at once",
+                .inPanel = false,
+            },
             Margin("left", &BorderParams::left, "Left:", "the margin at the left, in --units"),
             Margin("right", &BorderParams::right, "Right:", "the margin at the right"),
             Margin("top", &BorderParams::top, "Top:", "the margin at the top"),
@@ -79,7 +86,7 @@ const TransformRegistration kAddBorder({
     .worker = border_worker,
     .help = "Grows the picture by a margin of one colour on each side; white or black keeps a "
             "binary picture binary, another gray makes it gray, any other colour colour.",
-    .example = "--left 5 --right 5 --top 5 --bottom 10 --units mm --red 0 --green 0 --blue 0",
+    .example = "--left 5 --right 5 --top 5 --bottom 10 --units mm --color 0,0,0",
 });
 
 }  // namespace

@@ -66,6 +66,13 @@ const TransformRegistration kCrop({
     .hasAmount = false,
     .params =
         {
+            {
+                .name = "box",
+                .type = ParamType::Group,
+                .members = "x1|y1|x2|y2",
+                .help = "the box's two corners at once, inclusive, in either order",
+                .inPanel = false,
+            },
             Corner("x1", &CropParams::x1, 0,
                    "the column of one corner of the box, from 0 at the left; -1 is the last"),
             Corner("y1", &CropParams::y1, 0,
@@ -124,7 +131,7 @@ const TransformRegistration kCrop({
     .worker = crop_worker,
     .help = "Cuts a rectangle out of the picture; a box reaching past the picture is cut at its "
             "edges.",
-    .example = "--x1 10 --y1 20 --x2 209 --y2 169",
+    .example = "--box 10,20,209,169",
 });
 
 }  // namespace

@@ -58,17 +58,18 @@ const TransformRegistration kMirrorRotate({
         .choiceLabels = "Copy|Quarter Turn Clockwise|Half Turn|Quarter Turn Counter-Clockwise|"
                         "Left and Right Exchanged|Reflection in the Falling Diagonal|"
                         "Top and Bottom Exchanged|Reflection in the Rising Diagonal",
-        .choices = "copy|clockwise|half-turn|counter-clockwise|left-right|falling-diagonal|"
-                   "top-bottom|rising-diagonal",
+        .choices = "copy|cw|180|ccw|flip-horizontal|transpose|flip-vertical|transverse",
+        .firstCode = kOrientCopy,
         .help = "where the picture goes: turned, or reflected left to right, top to bottom, in "
                 "the diagonal from top left to bottom right (falling) or in the one from bottom "
                 "left to top right (rising)",
+        .inPanel = false,  // the panel shows the eight results as pictures
     }},
     .create = NewParams<MirrorRotateParams>,
     .outputSize = OutputSize,
     .worker = mirror_rotate_worker,
     .help = "Turns the picture by quarter turns or reflects it, moving every pixel whole.",
-    .example = "--orientation clockwise",
+    .example = "--orientation cw",
 });
 
 }  // namespace

@@ -140,6 +140,7 @@ const TransformRegistration kResize({
                 .defaultValue = 0,
                 .label = "Width",
                 .help = "the new width in pixels; 0 follows the height in the input's proportions",
+                .inPanel = false,  // the panel's table of Current and New
             },
             {
                 .name = "height",
@@ -150,6 +151,7 @@ const TransformRegistration kResize({
                 .defaultValue = 0,
                 .label = "Height",
                 .help = "the new height in pixels; 0 follows the width in the input's proportions",
+                .inPanel = false,
             },
             {
                 .name = "method",
@@ -157,6 +159,7 @@ const TransformRegistration kResize({
                 .field = Field(&ResizeParams::method),
                 .defaultValue = kResizeSmooth,
                 .choiceLabels = "Smooth|Nearest Neighbor",
+                .choices = "smooth|nearest",
                 .label = "Interpolation Method:",
                 .help = "smooth (a tent when reducing, a linear blend when enlarging, crispened "
                         "across) or the nearest source pixel",
@@ -179,7 +182,7 @@ const TransformRegistration kResize({
     .worker = Worker,
     .help = "A new picture of the chosen size in pixels, resampled smoothly or by nearest "
             "neighbour.",
-    .example = "--width 300 --method nearest-neighbor",
+    .example = "--width 300 --method nearest",
 });
 
 }  // namespace

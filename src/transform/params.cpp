@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "shell/errors.h"
 #include "shell/text.h"
 #include "transform/registry.h"
 
@@ -69,7 +70,9 @@ std::unique_ptr<TransformParams> CreateParams(const TransformModule& module)
         case ParamType::Real:
             if (param.field.real) (*params).*param.field.real = param.defaultValue;
             break;
-        case ParamType::File: break;  // no file: the record's own starting state
+        case ParamType::File:   // no file: the record's own starting state
+        case ParamType::Group:  // its members have their own
+            break;
         }
     }
     return params;
@@ -145,16 +148,29 @@ std::string ParamAllowed(const ParamDecl& param)
     case ParamType::Real:
         return "a number from " + Number(param.minimum, param.decimals) + " to " +
                Number(param.maximum, param.decimals);
-    case ParamType::Choice: return "one of " + JoinNames(ParamChoiceNames(param), ", ");
+    case ParamType::Choice: {
+        std::vector<std::string> names = ParamChoiceNames(param);
+        if (param.firstCode != 0) {
+            for (size_t i = 0; i < names.size(); ++i)
+                names[i] += " (" + std::to_string(param.firstCode + static_cast<int32_t>(i)) + ")";
+            return "one of " + JoinNames(names, ", ") + ", by name or code";
+        }
+        return "one of " + JoinNames(names, ", ");
+    }
     case ParamType::Flag: return "no value";
     case ParamType::File:
         return std::string("a \"") + param.fileKind + " 1.0\" file" +
                (*param.fileExtension ? std::string(" (") + param.fileExtension + ")" : "");
+    case ParamType::Group: {
+        std::vector<std::string> members = SplitBar(param.members);
+        return std::to_string(members.size()) + " integers " + JoinNames(members, ",") +
+               " separated by commas, each as its own option allows";
+    }
     }
     return "";
 }
 
-std::string ParamDefaultText(const ParamDecl& param)
+std::string ParamDefaultText(const ParamDecl& param, const TransformModule* module)
 {
     switch (param.type) {
     case ParamType::Int: return Number(param.defaultValue, 0);
@@ -166,6 +182,15 @@ std::string ParamDefaultText(const ParamDecl& param)
     }
     case ParamType::Flag: return param.defaultValue != 0 ? "on" : "off";
     case ParamType::File: return "none";
+    case ParamType::Group: {
+        std::string joined;
+        for (const std::string& name : SplitBar(param.members)) {
+            const ParamDecl* member = module ? FindParam(*module, name) : nullptr;
+            if (!member) return "";
+            joined += (joined.empty() ? "" : ",") + ParamDefaultText(*member);
+        }
+        return joined;
+    }
     }
     return "";
 }
@@ -204,6 +229,12 @@ int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std:
                 return 0;
             }
         }
+        int32_t code = 0;
+        if (param.firstCode != 0 && ParseInt(text, code) == 0 && code >= param.firstCode &&
+            code - param.firstCode < static_cast<int32_t>(names.size())) {
+            params.*param.field.integer = code - param.firstCode;
+            return 0;
+        }
         return refuse("'" + text + "' is not a choice");
     }
     case ParamType::Flag:
@@ -212,8 +243,44 @@ int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std:
     case ParamType::File:
         if (text.empty()) return refuse("no file named");
         return param.field.load(params, text);
+    case ParamType::Group: break;  // only with its module
     }
     return refuse("unknown kind of parameter");
+}
+
+int32_t ParamSetText(const TransformModule& module, const ParamDecl& param,
+                     TransformParams& params, const std::string& text, std::string& problem)
+{
+    if (param.type != ParamType::Group) return ParamSetText(param, params, text, problem);
+    const std::vector<std::string> members = SplitBar(param.members);
+    std::vector<std::string> values;
+    std::string value;
+    for (char c : text + ",") {
+        if (c == ',') {
+            values.push_back(value);
+            value.clear();
+        } else {
+            value += c;
+        }
+    }
+    if (values.size() != members.size()) {
+        problem = "'" + text + "' is not " + std::to_string(members.size()) +
+                  " values; allowed: " + ParamAllowed(param);
+        return kParamRefused;
+    }
+    // Each value is checked before any is set, so a refusal leaves the record alone.
+    const std::unique_ptr<TransformParams> trial = CreateParams(module);
+    if (!trial) return kErrOutOfMemory;
+    for (size_t i = 0; i < members.size(); ++i) {
+        const ParamDecl* member = FindParam(module, members[i]);
+        if (!member || ParamSetText(*member, *trial, values[i], problem) != 0) {
+            problem = "'" + values[i] + "' for " + members[i] + ": " + problem;
+            return kParamRefused;
+        }
+    }
+    for (size_t i = 0; i < members.size(); ++i)
+        ParamSetText(*FindParam(module, members[i]), params, values[i], problem);
+    return 0;
 }
 
 std::string CheckModule(const TransformModule& module)
@@ -265,13 +332,26 @@ std::string CheckModule(const TransformModule& module)
             if (!*p.fileKind) return at + "no file kind";
             if (p.inPanel) return at + "a file is the command line's; the panel loads its own";
             break;
+        case ParamType::Group: {
+            const std::vector<std::string> members = SplitBar(p.members);
+            if (members.size() < 2) return at + "a group of fewer than two";
+            for (const std::string& name : members) {
+                const ParamDecl* member = FindParam(module, name);
+                if (!member || member->type != ParamType::Int)
+                    return at + "'" + name + "' is not an integer parameter of the module";
+            }
+            if (p.inPanel) return at + "a group is the command line's; the panel has its members";
+            break;
         }
+        }
+        if (p.type == ParamType::Choice || p.firstCode == 0) continue;
+        return at + "a code for entries of no choice";
     }
     return "";
 }
 
 // What stands for an option's value in the reference.
-static const char* ValueWord(const ParamDecl& param)
+static std::string ValueWord(const ParamDecl& param)
 {
     switch (param.type) {
     case ParamType::Int: return " N";
@@ -279,8 +359,46 @@ static const char* ValueWord(const ParamDecl& param)
     case ParamType::Choice: return " CHOICE";
     case ParamType::Flag: return "";
     case ParamType::File: return " FILE";
+    case ParamType::Group: {
+        std::string word = " ";
+        for (const char* c = param.members; *c; ++c)
+            word += *c == '|' ? ',' : (*c >= 'a' && *c <= 'z') ? static_cast<char>(*c - 32) : *c;
+        return word;
+    }
     }
     return "";
+}
+
+std::string ModuleReference(const TransformModule& m, bool markdown)
+{
+    std::string out;
+    if (markdown) {
+        out += std::string("\n## ") + m.name + " (" + m.title + ")\n\n";
+        if (*m.help) out += std::string(m.help) + "\n\n";
+        if (m.params.empty()) out += "No parameters of its own.\n";
+        for (const ParamDecl& p : m.params) {
+            std::string help = p.help;
+            if (!help.empty() && help[0] >= 'a' && help[0] <= 'z')
+                help[0] = static_cast<char>(help[0] - 'a' + 'A');
+            out += std::string("- `--") + p.name + ValueWord(p) + "`: " + help +
+                   ". Allowed: " + ParamAllowed(p) +
+                   "; default: " + ParamDefaultText(p, &m) + ".\n";
+        }
+        out += std::string("- Amount and mask: ") + (m.hasAmount ? "yes" : "no") + ".\n";
+        out += std::string("\n```sh\nlumivue-cli apply ") + m.name +
+               (*m.example ? std::string(" ") + m.example : "") + " in.tif out.tif\n```\n";
+    } else {
+        out += std::string(m.name) + "  (" + m.title + ")";
+        if (*m.help) out += std::string("  ") + m.help;
+        out += "\n";
+        for (const ParamDecl& p : m.params) {
+            out += std::string("    --") + p.name + ValueWord(p) + "  " + p.help + "; " +
+                   ParamAllowed(p) + ", default " + ParamDefaultText(p, &m) + "\n";
+        }
+        if (m.hasAmount)
+            out += "    --amount P, --mask FILE, --amount2 P  the Amount and its mask\n";
+    }
+    return out;
 }
 
 std::string TransformReference(bool markdown)
@@ -295,34 +413,7 @@ std::string TransformReference(bool markdown)
             "`lumivue-cli apply NAME [OPTIONS] IN... DIR`. Those with an Amount also take\n"
             "`--amount P` (percent, default 100) and `--mask FILE` with `--amount2 P`.\n";
     }
-    for (const TransformModule& m : Transforms()) {
-        if (markdown) {
-            out += std::string("\n## ") + m.name + " (" + m.title + ")\n\n";
-            if (*m.help) out += std::string(m.help) + "\n\n";
-            if (m.params.empty()) out += "No parameters of its own.\n";
-            for (const ParamDecl& p : m.params) {
-                std::string help = p.help;
-                if (!help.empty() && help[0] >= 'a' && help[0] <= 'z')
-                    help[0] = static_cast<char>(help[0] - 'a' + 'A');
-                out += std::string("- `--") + p.name + ValueWord(p) + "`: " + help +
-                       ". Allowed: " + ParamAllowed(p) + "; default: " + ParamDefaultText(p) +
-                       ".\n";
-            }
-            out += std::string("- Amount and mask: ") + (m.hasAmount ? "yes" : "no") + ".\n";
-            out += std::string("\n```sh\nlumivue-cli apply ") + m.name +
-                   (*m.example ? std::string(" ") + m.example : "") + " in.tif out.tif\n```\n";
-        } else {
-            out += std::string(m.name) + "  (" + m.title + ")";
-            if (*m.help) out += std::string("  ") + m.help;
-            out += "\n";
-            for (const ParamDecl& p : m.params) {
-                out += std::string("    --") + p.name + ValueWord(p) + "  " + p.help + "; " +
-                       ParamAllowed(p) + ", default " + ParamDefaultText(p) + "\n";
-            }
-            if (m.hasAmount)
-                out += "    --amount P, --mask FILE, --amount2 P  the Amount and its mask\n";
-        }
-    }
+    for (const TransformModule& m : Transforms()) out += ModuleReference(m, markdown);
     return out;
 }
 

@@ -28,6 +28,9 @@ enum class ParamType {
     Choice,  // the index of one of `choiceLabels`; a popup list
     Flag,    // 0 or 1; a check box; on the command line an option without a value
     File,    // a parameter file read into the record; the command line's only
+    // Several Int parameters given at once, separated by commas
+    // ("--box 10,20,300,200" for --x1 --y1 --x2 --y2); the command line's only.
+    Group,
 };
 
 // A module's parameter record; its head is the Amount block of its Amount
@@ -86,6 +89,10 @@ struct ParamDecl {
     // lower case with spaces as hyphens, unless `choices` names them itself.
     const char* choiceLabels = "";
     const char* choices = "";   // Choice: the command line's names, "hsv|hsl"
+    // Choice: when not 0, the command line also takes each entry's code,
+    // this number for the first and one more for each next ("200" for "copy").
+    int32_t firstCode = 0;
+    const char* members = "";   // Group: the Int parameters it sets, in order, "x1|y1|x2|y2"
     const char* fileKind = "";  // File: the file's format, "Curve" for ".crv" files
     const char* fileExtension = "";  // File: ".crv"
     const char* label = "";     // the panel's label, "Color Space:"
@@ -167,6 +174,9 @@ inline constexpr int32_t kParamRefused = -1;
 // reason is in ErrorDetail()).
 int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std::string& text,
                      std::string& problem);
+// The same for any parameter of `module`, a Group among them.
+int32_t ParamSetText(const TransformModule& module, const ParamDecl& param,
+                     TransformParams& params, const std::string& text, std::string& problem);
 
 // The value of an Int, Choice or Flag parameter, and of a Real one.
 int32_t ParamInt(const ParamDecl& param, const TransformParams& params);
@@ -184,8 +194,9 @@ std::vector<std::string> ParamChoiceNames(const ParamDecl& param);
 // 0 to 2", "one of hsv, hsl", "a number from 0.10 to 10.00", "a \"Curve 1.0\"
 // file (.crv)", "no value".
 std::string ParamAllowed(const ParamDecl& param);
-// Its default as the command line would write it: "2", "hsv", "none".
-std::string ParamDefaultText(const ParamDecl& param);
+// Its default as the command line would write it: "2", "hsv", "none"; a
+// Group's, its members' joined by commas, needs their module.
+std::string ParamDefaultText(const ParamDecl& param, const TransformModule* module = nullptr);
 
 // Whether a module's declarations hold together (a field for each
 // parameter of the right kind, defaults inside their ranges, labels for every
@@ -195,6 +206,8 @@ std::string CheckModule(const TransformModule& module);
 // The reference of every module, as `lumivue-cli list` prints it (plain) and
 // as docs/transformations.md holds it (markdown).
 std::string TransformReference(bool markdown);
+// One module's part of it.
+std::string ModuleReference(const TransformModule& module, bool markdown);
 
 // The output size for an input.
 void TransformOutputSize(const TransformModule& module, const Image* source,

@@ -286,6 +286,36 @@ TEST_F(Cli, CommandsDoTheirWork)
     EXPECT_EQ(Cmd({"version"}).status, 0);
 }
 
+TEST_F(Cli, GeometryTakesCodesNamesAndCornersAtOnce)
+{
+    const std::string in = Picture("in.tif", kImageColor, 40, 30);
+    const std::string byCode = dir_ / "code.png", byName = dir_ / "name.png";
+    EXPECT_EQ(Cmd({"apply", "mirror-rotate", "--orientation", "207", in, byCode}).status, 0);
+    EXPECT_EQ(Cmd({"apply", "mirror-rotate", "--orientation", "transverse", in, byName}).status, 0);
+    EXPECT_EQ(test::Contents(byCode), test::Contents(byName));
+    const Outcome help = Cmd({"apply", "mirror-rotate", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("copy (200), cw (201), 180 (202), ccw (203)"), std::string::npos);
+    EXPECT_NE(help.out.find("for example: lumivue-cli apply mirror-rotate --orientation cw"),
+              std::string::npos);
+
+    // The box's rows count from the top; a reversed box crops the same.
+    const std::string box = dir_ / "box.png", reversed = dir_ / "reversed.png";
+    EXPECT_EQ(Cmd({"apply", "crop", "--box", "5,2,14,9", in, box}).status, 0);
+    EXPECT_EQ(Cmd({"apply", "crop", "--box", "14,9,5,2", in, reversed}).status, 0);
+    EXPECT_EQ(test::Contents(box), test::Contents(reversed));
+    Image source, part;
+    ASSERT_EQ(ReadImageFile(in, kTypeTiff, source, false), 0);
+    ASSERT_EQ(ReadImageFile(box, kTypePng, part, false), 0);
+    ASSERT_EQ(part.width * 100 + part.height, 1008);
+    EXPECT_EQ(part.rows[7][0], source.rows[27][15]);  // the box's top left pixel
+
+    const Outcome three = Cmd({"apply", "add-border", "--color", "0,0", in, box});
+    EXPECT_EQ(three.status, 100);
+    EXPECT_EQ(three.err, "lumivue-cli: --color: '0,0' is not 3 values; allowed: 3 integers "
+                         "red,green,blue separated by commas, each as its own option allows\n");
+}
+
 TEST_F(Cli, HistogramReadsEveryChannel)
 {
     // Pure red: hue at the end of the scale, full saturation, value 255,

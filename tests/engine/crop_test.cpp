@@ -56,7 +56,8 @@ std::unique_ptr<TransformParams> ParamsFor(const char* name, const Options& opti
     auto params = CreateParams(module);
     std::string problem;
     for (const auto& [option, value] : options) {
-        EXPECT_EQ(ParamSetText(*FindParam(module, option), *params, value, problem), 0) << problem;
+        EXPECT_EQ(ParamSetText(module, *FindParam(module, option), *params, value, problem), 0)
+            << problem;
     }
     return params;
 }
@@ -180,7 +181,7 @@ TEST(Crop, CopiesTheBoxRowsCountingFromTheTopInEitherOrder)
     const Image gray = Make(kImageGray, 6, 5);
     // Rows 1 and 2 from the top are rows 3 and 2 from the bottom.
     for (const Options& o : {Options{{"x1", "1"}, {"y1", "1"}, {"x2", "3"}, {"y2", "2"}},
-                             Options{{"x1", "3"}, {"y1", "2"}, {"x2", "1"}, {"y2", "1"}}}) {
+                             Options{{"box", "3,2,1,1"}}}) {
         Image r;
         ASSERT_EQ(Apply("crop", gray, o, r), 0);
         ASSERT_EQ(r.width * 10 + r.height, 32);
@@ -190,6 +191,22 @@ TEST(Crop, CopiesTheBoxRowsCountingFromTheTopInEitherOrder)
         EXPECT_EQ(std::vector<uint8_t>(r.rows[1], r.rows[1] + 3),
                   std::vector<uint8_t>({31, 32, 33}));
     }
+}
+
+TEST(Crop, ABoxGivenAtOnceIsCheckedWholeBeforeAnyCornerIsSet)
+{
+    const TransformModule& module = *FindTransform("crop");
+    const ParamDecl& box = *FindParam(module, "box");
+    EXPECT_EQ(ParamDefaultText(box, &module), "0,0,-1,-1");
+    auto params = CreateParams(module);
+    std::string problem;
+    EXPECT_EQ(ParamSetText(module, box, *params, "1,2,3", problem), kParamRefused);
+    EXPECT_EQ(problem, "'1,2,3' is not 4 values; allowed: 4 integers x1,y1,x2,y2 separated by "
+                       "commas, each as its own option allows");
+    EXPECT_EQ(ParamSetText(module, box, *params, "1,2,-2,4", problem), kParamRefused);
+    EXPECT_EQ(problem, "'-2' for x2: '-2' is out of range; allowed: an integer from -1 to 999999");
+    const auto& record = static_cast<const CropParams&>(*params);
+    EXPECT_EQ(record.x1 * 1000 + record.y1 * 100 + record.x2 * 10 + record.y2, -11);
 }
 
 TEST(Crop, BoxesAtAndPastTheEdges)
@@ -323,9 +340,7 @@ TEST(AddBorder, GrayPictureInAGrayBorderByHand)
                     {{"left", "1"},
                      {"right", "2"},
                      {"top", "1"},
-                     {"red", "128"},
-                     {"green", "128"},
-                     {"blue", "128"}},
+                     {"color", "128,128,128"}},
                     r),
               0);
     ASSERT_EQ(r.kind, kImageGray);

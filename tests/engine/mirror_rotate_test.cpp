@@ -141,19 +141,24 @@ TEST(MirrorRotate, TheSameBytesOnAnyNumberOfThreadsWithThePaddingCleared)
     }
 }
 
-TEST(MirrorRotate, TheModuleRunsFromItsChoiceNames)
+TEST(MirrorRotate, TheModuleRunsFromItsNamesAndCodes)
 {
     const TransformModule& module = *FindTransform("mirror-rotate");
     EXPECT_EQ(CheckModule(module), "");
     EXPECT_STREQ(module.title, "Mirror/Rotate");
     EXPECT_FALSE(module.hasAmount);
     const Image source = Make(kImageColor, 9, 4);
-    const char* names[] = {"copy",       "clockwise",        "half-turn",  "counter-clockwise",
-                           "left-right", "falling-diagonal", "top-bottom", "rising-diagonal"};
+    const char* names[] = {"copy",            "cw",        "180",           "ccw",
+                           "flip-horizontal", "transpose", "flip-vertical", "transverse"};
+    const ParamDecl& orientation = *FindParam(module, "orientation");
     for (int32_t i = 0; i < 8; ++i) {
         auto params = CreateParams(module);
         std::string problem;
-        ASSERT_EQ(ParamSetText(*FindParam(module, "orientation"), *params, names[i], problem), 0);
+        ASSERT_EQ(ParamSetText(orientation, *params, std::to_string(200 + i), problem), 0);
+        const int32_t byCode = ParamInt(orientation, *params);
+        ASSERT_EQ(ParamSetText(orientation, *params, names[i], problem), 0);
+        EXPECT_EQ(byCode, ParamInt(orientation, *params)) << names[i];
+        EXPECT_EQ(byCode, i);
         int32_t w = 0, h = 0;
         TransformOutputSize(module, &source, *params, w, h);
         EXPECT_EQ(w * 10 + h, i % 2 ? 49 : 94) << names[i];
@@ -166,6 +171,13 @@ TEST(MirrorRotate, TheModuleRunsFromItsChoiceNames)
             EXPECT_EQ(fe.titles, std::vector<std::string>{"Copy"});  // the short way
         }
     }
+    std::string problem;
+    auto params = CreateParams(module);
+    EXPECT_EQ(ParamSetText(orientation, *params, "208", problem), kParamRefused);
+    EXPECT_EQ(ParamSetText(orientation, *params, "199", problem), kParamRefused);
+    EXPECT_EQ(problem, "'199' is not a choice; allowed: one of copy (200), cw (201), 180 (202), "
+                       "ccw (203), flip-horizontal (204), transpose (205), flip-vertical (206), "
+                       "transverse (207), by name or code");
     Image solid, result;
     ASSERT_EQ(ImageAlloc(solid, kImageSolid, 1, 1, 0.0), 0);
     EXPECT_EQ(RunTransformToImage(module, *CreateParams(module), &solid, result), kErrImageType);

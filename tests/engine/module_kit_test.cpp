@@ -167,6 +167,13 @@ TEST(ModuleKit, DeclarationsThatDoNotHoldTogetherAreNamed)
     bad = kKit;
     bad.params[1].name = "radius";
     EXPECT_EQ(CheckModule(bad), "kit: --radius: declared twice");
+    bad = kKit;
+    bad.params.push_back({.name = "pair", .type = ParamType::Group, .members = "radius|gamma",
+                          .help = "two at once", .inPanel = false});
+    EXPECT_EQ(CheckModule(bad), "kit: --pair: 'gamma' is not an integer parameter of the module");
+    bad = kKit;
+    bad.params[0].firstCode = 200;
+    EXPECT_EQ(CheckModule(bad), "kit: --radius: a code for entries of no choice");
 }
 
 TEST(ModuleKit, EveryRegisteredModuleHoldsTogetherAndOpensFromItsCommand)

@@ -378,7 +378,9 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
             control = edit;
             break;
         }
-        case ParamType::File: break;  // never in the panel (CheckModule)
+        case ParamType::File:   // never in the panel (CheckModule)
+        case ParamType::Group:  // nor a group: its members are
+            break;
         }
         paramControls_.push_back(control);
     }
