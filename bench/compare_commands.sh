@@ -7,7 +7,11 @@
 # wall-time ratio ours/peer, the medians of both, and their peak memory, as
 # /usr/bin/time -v reports them.
 #
-#   bench/compare_commands.sh [build-dir] [runs]
+#   bench/compare_commands.sh [build-dir] [runs] [all|codecs|geometry]
+#
+# "codecs" times the conversions, Negative and the curve; "geometry" Resize
+# (to a half and a third), a quarter turn, Crop and Add Border, TIFF to TIFF
+# so that the operation is not hidden behind a JPEG codec.
 #
 # Installs the peers (libvips-tools, imagemagick, graphicsmagick) when
 # missing. The figures go into docs/performance.md.
@@ -15,6 +19,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
 runs=${2:-7}
+set_name=${3:-all}
 cli=$(readlink -f "$build/lumivue-cli")
 [ -x "$cli" ] || { echo "build lumivue-cli first" >&2; exit 1; }
 need=()
@@ -92,6 +97,23 @@ compare() {
 w=$work
 echo "| command | peer | ours/peer (paired median) | ours | peer |"
 echo "|---|---|---|---|---|"
+if [ "$set_name" = all ] || [ "$set_name" = geometry ]; then
+compare "Resize to a half" "$cli apply resize --width 3000 $w/in.tif $w/g1.tif" \
+  "$vips resize $w/in.tif $w/h1.tif 0.5" "$im $w/in.tif -resize 50% -compress none $w/i1.tif"
+compare "Resize to a third" "$cli apply resize --width 2000 $w/in.tif $w/g2.tif" \
+  "$vips resize $w/in.tif $w/h2.tif 0.333333334" \
+  "$im $w/in.tif -resize 2000x1333 -compress none $w/i2.tif"
+compare "Rotate 90 degrees" "$cli apply mirror-rotate --orientation cw $w/in.tif $w/g3.tif" \
+  "$vips rot $w/in.tif $w/h3.tif d90" "$im $w/in.tif -rotate 90 -compress none $w/i3.tif"
+compare "Crop 4000 x 2000" "$cli apply crop --box 1000,1000,4999,2999 $w/in.tif $w/g4.tif" \
+  "$vips crop $w/in.tif $w/h4.tif 1000 1000 4000 2000" \
+  "$im $w/in.tif -crop 4000x2000+1000+1000 +repage -compress none $w/i4.tif"
+compare "Add Border 100" \
+  "$cli apply add-border --left 100 --right 100 --top 100 --bottom 100 --color 0,0,0 $w/in.tif $w/g5.tif" \
+  "$vips embed $w/in.tif $w/h5.tif 100 100 6200 4200 --extend black" \
+  "$im $w/in.tif -bordercolor black -border 100 -compress none $w/i5.tif"
+fi
+[ "$set_name" = all ] || [ "$set_name" = codecs ] || exit 0
 compare "JPEG to TIFF" "$cli convert $w/in.jpg $w/a.tif" \
   "$vips copy $w/in.jpg $w/b.tif" "$im $w/in.jpg -compress none $w/c.tif" \
   "$gm convert $w/in.jpg -compress none $w/d.tif"

@@ -131,6 +131,16 @@ TEST(ColorSpace, ApplyCurveRow)
                   kOk);
         for (size_t i = 0; i < in.size(); ++i) ASSERT_EQ(out[i], 255 - in[i]);
     }
+    // Long rows go two bytes a lookup through a table made for each new
+    // curve: another curve, then the first again, over odd lengths.
+    for (const uint8_t* curve : {table, invert, table}) {
+        for (int32_t pixels : {2731, n - 1}) {
+            std::fill(out.begin(), out.end(), 0);
+            ASSERT_EQ(ApplyCurveRow(in.data(), out.data(), pixels, 3, kColorSpaceRgb, curve), kOk);
+            for (size_t i = 0; i < size_t(pixels) * 3; ++i) ASSERT_EQ(out[i], curve[in[i]]) << i;
+            ASSERT_EQ(out[size_t(pixels) * 3], 0);
+        }
+    }
 
     // Each pixel matches the one-pixel functions; HSL with the identity table
     // moves a channel by at most two levels; HSV keeps the hue up to the
