@@ -165,6 +165,23 @@ TEST(ColorSpace, ApplyCurveRow)
         ASSERT_TRUE(!pure || std::min(dh, 4096 - dh) == 0) << x;
     }
 
+    // Rows of every length up to 70 (the vector steps and their tails) and
+    // a row that starts at an odd byte, against the one-pixel rule.
+    for (int32_t pixels = 1; pixels <= 70; ++pixels) {
+        const size_t start = size_t(pixels % 5);
+        std::vector<uint8_t> row(in.begin() + long(start * 997), in.begin() + long(start * 997) + pixels * 3 + 1);
+        std::vector<uint8_t> changed(row.size() + 1, 7);
+        ASSERT_EQ(ApplyCurveRow(row.data(), changed.data() + 1, pixels, 3, kColorSpaceHsv, table), kOk);
+        for (int32_t x = 0; x < pixels; ++x) {
+            Triple p{row[x * 3 + 2], row[x * 3 + 1], row[x * 3]};
+            const int32_t v = hsv_value(p[0], p[1], p[2]);
+            set_hsv_value(p[0], p[1], p[2], v, table[v]);
+            ASSERT_EQ(p, (Triple{changed[x * 3 + 3], changed[x * 3 + 2], changed[x * 3 + 1]})) << pixels;
+        }
+        ASSERT_EQ(changed[0], 7);
+        ASSERT_EQ(changed[size_t(pixels) * 3 + 1], 7);  // nothing past the row
+    }
+
     std::vector<uint8_t> inPlace = in;  // the output may be the input
     ASSERT_EQ(ApplyCurveRow(inPlace.data(), inPlace.data(), n, 3, kColorSpaceHsv, table), kOk);
     EXPECT_EQ(inPlace, out);
