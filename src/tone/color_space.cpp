@@ -152,7 +152,6 @@ constexpr std::array<uint64_t, 256> kReciprocal = [] {
     return t;
 }();
 
-
 void RowHsv(const uint8_t* in, uint8_t* out, int32_t pixels, const uint8_t* table)
 {
     // Each channel c becomes c * n / v, v the value and n its new level:
@@ -182,8 +181,8 @@ __attribute__((target("avx2"))) inline __m128i HsvLevels(__m128i c8, __m256 m, _
                                                          __m256i lift)
 {
     const __m256 c = _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(c8));
-    const __m256i lanes = _mm256_add_epi32(
-        _mm256_cvttps_epi32(_mm256_add_ps(_mm256_mul_ps(c, m), h)), lift);
+    const __m256i lanes =
+        _mm256_add_epi32(_mm256_cvttps_epi32(_mm256_add_ps(_mm256_mul_ps(c, m), h)), lift);
     const __m128i words =
         _mm_packus_epi32(_mm256_castsi256_si128(lanes), _mm256_extracti128_si256(lanes, 1));
     return _mm_packus_epi16(words, words);
@@ -195,7 +194,7 @@ __attribute__((target("avx2"))) inline __m128i HsvLevels(__m128i c8, __m256 m, _
 // reaches the next integer, and the rounding errors (about 3e-5 at most) are
 // far smaller than that half; the bytes are those of the plain loop.
 __attribute__((target("avx2"))) void RowHsvAvx2(const uint8_t* in, uint8_t* out, int32_t pixels,
-                                                 const uint8_t* table)
+                                                const uint8_t* table)
 {
     alignas(32) float scale[256];
     scale[0] = 0.0f;
@@ -205,37 +204,48 @@ __attribute__((target("avx2"))) void RowHsvAvx2(const uint8_t* in, uint8_t* out,
     const __m256i black = _mm256_set1_epi32(table[0]);
     // Bytes 0-15 and 8-23 of eight pixels to blue, green and red (eight
     // bytes each), and back.
-    const __m128i blueLow = _mm_setr_epi8(0, 3, 6, 9, 12, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i blueHigh = _mm_setr_epi8(-1, -1, -1, -1, -1, -1, 10, 13, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i greenLow = _mm_setr_epi8(1, 4, 7, 10, 13, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i greenHigh = _mm_setr_epi8(-1, -1, -1, -1, -1, 8, 11, 14, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i redLow = _mm_setr_epi8(2, 5, 8, 11, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i redHigh = _mm_setr_epi8(-1, -1, -1, -1, -1, 9, 12, 15, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i blueLow =
+        _mm_setr_epi8(0, 3, 6, 9, 12, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i blueHigh =
+        _mm_setr_epi8(-1, -1, -1, -1, -1, -1, 10, 13, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i greenLow =
+        _mm_setr_epi8(1, 4, 7, 10, 13, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i greenHigh =
+        _mm_setr_epi8(-1, -1, -1, -1, -1, 8, 11, 14, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i redLow =
+        _mm_setr_epi8(2, 5, 8, 11, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i redHigh =
+        _mm_setr_epi8(-1, -1, -1, -1, -1, 9, 12, 15, -1, -1, -1, -1, -1, -1, -1, -1);
     // From blue (bytes 0-7), green (8-15) and red (16-23 of the second
     // half) to pixels: bytes 0-15, then bytes 16-23.
     const __m128i firstBG = _mm_setr_epi8(0, 8, -1, 1, 9, -1, 2, 10, -1, 3, 11, -1, 4, 12, -1, 5);
     const __m128i firstR = _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1);
-    const __m128i lastBG = _mm_setr_epi8(13, -1, 6, 14, -1, 7, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i lastR = _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i lastBG =
+        _mm_setr_epi8(13, -1, 6, 14, -1, 7, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m128i lastR =
+        _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, -1, -1, -1, -1, -1, -1);
     int32_t x = 0;
     for (; x + 8 <= pixels; x += 8, in += 24, out += 24) {
         const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
         const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 8));
-        const __m128i b8 = _mm_or_si128(_mm_shuffle_epi8(low, blueLow), _mm_shuffle_epi8(high, blueHigh));
-        const __m128i g8 = _mm_or_si128(_mm_shuffle_epi8(low, greenLow), _mm_shuffle_epi8(high, greenHigh));
-        const __m128i r8 = _mm_or_si128(_mm_shuffle_epi8(low, redLow), _mm_shuffle_epi8(high, redHigh));
+        const __m128i b8 =
+            _mm_or_si128(_mm_shuffle_epi8(low, blueLow), _mm_shuffle_epi8(high, blueHigh));
+        const __m128i g8 =
+            _mm_or_si128(_mm_shuffle_epi8(low, greenLow), _mm_shuffle_epi8(high, greenHigh));
+        const __m128i r8 =
+            _mm_or_si128(_mm_shuffle_epi8(low, redLow), _mm_shuffle_epi8(high, redHigh));
         const __m256i v = _mm256_cvtepu8_epi32(_mm_max_epu8(b8, _mm_max_epu8(g8, r8)));
         const __m256 m = _mm256_i32gather_ps(scale, v, 4);
         // Half of 1 / v to the processor's 12 bits is well inside the room
         // it needs; a black pixel adds the new level of black instead.
         const __m256i isBlack = _mm256_cmpeq_epi32(v, zero);
-        const __m256 h = _mm256_mul_ps(
-            _mm256_set1_ps(0.5f), _mm256_rcp_ps(_mm256_cvtepi32_ps(_mm256_max_epi32(v, one))));
+        const __m256 h = _mm256_mul_ps(_mm256_set1_ps(0.5f),
+                                       _mm256_rcp_ps(_mm256_cvtepi32_ps(_mm256_max_epi32(v, one))));
         const __m256i lift = _mm256_and_si256(isBlack, black);
-        const __m128i bg =
-            _mm_unpacklo_epi64(HsvLevels(b8, m, h, lift), HsvLevels(g8, m, h, lift));
+        const __m128i bg = _mm_unpacklo_epi64(HsvLevels(b8, m, h, lift), HsvLevels(g8, m, h, lift));
         const __m128i r = HsvLevels(r8, m, h, lift);
-        const __m128i first = _mm_or_si128(_mm_shuffle_epi8(bg, firstBG), _mm_shuffle_epi8(r, firstR));
+        const __m128i first =
+            _mm_or_si128(_mm_shuffle_epi8(bg, firstBG), _mm_shuffle_epi8(r, firstR));
         const __m128i last = _mm_or_si128(_mm_shuffle_epi8(bg, lastBG), _mm_shuffle_epi8(r, lastR));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), first);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 16), last);

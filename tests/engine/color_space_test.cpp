@@ -169,14 +169,17 @@ TEST(ColorSpace, ApplyCurveRow)
     // a row that starts at an odd byte, against the one-pixel rule.
     for (int32_t pixels = 1; pixels <= 70; ++pixels) {
         const size_t start = size_t(pixels % 5);
-        std::vector<uint8_t> row(in.begin() + long(start * 997), in.begin() + long(start * 997) + pixels * 3 + 1);
+        std::vector<uint8_t> row(in.begin() + long(start * 997),
+                                 in.begin() + long(start * 997) + pixels * 3 + 1);
         std::vector<uint8_t> changed(row.size() + 1, 7);
-        ASSERT_EQ(ApplyCurveRow(row.data(), changed.data() + 1, pixels, 3, kColorSpaceHsv, table), kOk);
+        ASSERT_EQ(ApplyCurveRow(row.data(), changed.data() + 1, pixels, 3, kColorSpaceHsv, table),
+                  kOk);
         for (int32_t x = 0; x < pixels; ++x) {
             Triple p{row[x * 3 + 2], row[x * 3 + 1], row[x * 3]};
             const int32_t v = hsv_value(p[0], p[1], p[2]);
             set_hsv_value(p[0], p[1], p[2], v, table[v]);
-            ASSERT_EQ(p, (Triple{changed[x * 3 + 3], changed[x * 3 + 2], changed[x * 3 + 1]})) << pixels;
+            ASSERT_EQ(p, (Triple{changed[x * 3 + 3], changed[x * 3 + 2], changed[x * 3 + 1]}))
+                << pixels;
         }
         ASSERT_EQ(changed[0], 7);
         ASSERT_EQ(changed[size_t(pixels) * 3 + 1], 7);  // nothing past the row
@@ -200,9 +203,9 @@ TEST(ColorSpace, HsvRowEqualsThePixelRuleEverywhere)
 {
     uint8_t tables[3][256];
     for (int32_t i = 0; i < 256; ++i) {
-        tables[0][i] = static_cast<uint8_t>(255 - i);                    // inverting
-        tables[1][i] = static_cast<uint8_t>(i < 128 ? i * 2 : 255);      // brightening
-        tables[2][i] = static_cast<uint8_t>((i * 37 + 11) % 256);        // anything
+        tables[0][i] = static_cast<uint8_t>(255 - i);                // inverting
+        tables[1][i] = static_cast<uint8_t>(i < 128 ? i * 2 : 255);  // brightening
+        tables[2][i] = static_cast<uint8_t>((i * 37 + 11) % 256);    // anything
     }
     std::vector<uint8_t> in(256 * 3), out(256 * 3);
     for (const auto& table : tables) {
