@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "image/display.h"
+#include "image/pixel.h"
+#include "image/display_tables.h"
 #include "shell/preferences.h"
 
 namespace lv {
@@ -159,6 +161,29 @@ void PaintWindow(QPainter& painter, ImageWindow& record, int32_t clientWidth, in
     }
     default: break;
     }
+}
+
+QImage ThumbnailToScreen(const Image& image)
+{
+    if (!image.rows || image.kind < kImageBinary || image.kind > kImageColor) return {};
+    const DisplayTables& t = CurrentDisplayTables();
+    QImage picture(image.width, image.height, QImage::Format_RGB32);
+    for (int32_t r = 0; r < image.height; ++r) {
+        const uint8_t* in = image.rows[r];
+        auto* out = reinterpret_cast<QRgb*>(picture.scanLine(image.height - 1 - r));
+        for (int32_t x = 0; x < image.width; ++x) {
+            switch (image.kind) {
+            case kImageBinary: {
+                const int32_t v = GetBit(in, x) ? 255 : 0;
+                out[x] = qRgb(t.red[v], t.green[v], t.blue[v]);
+                break;
+            }
+            case kImageGray: out[x] = qRgb(t.red[in[x]], t.green[in[x]], t.blue[in[x]]); break;
+            default: out[x] = qRgb(in[3 * x + 2], in[3 * x + 1], in[3 * x]); break;
+            }
+        }
+    }
+    return picture;
 }
 
 }  // namespace lv

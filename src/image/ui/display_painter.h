@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QColor>
+#include <QImage>
 #include <QRect>
 
 #include "image/window.h"
@@ -19,6 +20,11 @@ QColor DisplayQColor(int32_t red, int32_t green, int32_t blue);
 // Fills a rectangle with a colour after the display tables; in palette mode
 // other colours than black, white and the two grays are dithered.
 void FillColor(QPainter& painter, const QRect& rect, QColor color);
+
+// A small picture (a thumbnail) as the screen shows it, top row first:
+// bits and grays through the display tables, colour as it is, since a
+// thumbnail's colour has been through them already. Null for other kinds.
+QImage ThumbnailToScreen(const Image& image);
 
 // Paints a window's client area of the given size: the picture at the
 // record's origin with the border colour around it and the grid over it, a

@@ -23,6 +23,7 @@ enum ToolEvent : int32_t {
 enum ToolKind : int32_t {
     kToolNone = 0,
     kToolProbe = 7,  // shared by every probe
+    kToolCrop = 8,   // the crop box over Crop's input
 };
 
 using ToolHandler = void (*)(ImageSubWindow& window, int32_t x, int32_t y, int32_t event);

@@ -26,18 +26,6 @@ BrightnessCurveParams& ParamsOf(TransformPanel& panel)
     return static_cast<BrightnessCurveParams&>(*panel.state().params);
 }
 
-const Image* InputOf(TransformPanel& panel)
-{
-    ImageSubWindow* source = panel.sourceWindow();
-    return source ? &source->record().image : nullptr;
-}
-
-int32_t Check(const Image* input)
-{
-    if (input && (input->kind < kImageBinary || input->kind > kImageColor)) return kErrImageType;
-    return kOk;
-}
-
 class CurvePart : public PanelPart {
 public:
     void Build(TransformPanel& panel, QVBoxLayout& layout) override
@@ -96,9 +84,9 @@ private:
     // lightness, or red, green and blue. The probe reads the same.
     void TakeHistograms(TransformPanel& panel)
     {
-        const Image* image = InputOf(panel);
+        const Image* image = panel.input();
         HistogramRecord* h = channels_;
-        if (!image || Check(image) != kOk) {
+        if (!image || CheckPictureKind(image) != kOk) {
             curve_->SetHistograms(0, nullptr, nullptr, nullptr);
             curve_->SetProbeChannel(0);
             return;
@@ -125,7 +113,7 @@ private:
     static void ShowColorSpace(TransformPanel& panel)
     {
         if (QWidget* list = panel.paramControl(kColorSpaceParam)) {
-            const Image* image = InputOf(panel);
+            const Image* image = panel.input();
             list->parentWidget()->setVisible(image && image->kind == kImageColor);
         }
     }
@@ -138,7 +126,7 @@ private:
 
 const PanelPartRegistration kPart({
     .commandId = 4050,
-    .check = Check,
+    .check = CheckPictureKind,
     .make = NewPanelPart<CurvePart>,
 });
 

@@ -59,6 +59,14 @@ TransformPanel* TransformPanel::Current() { return gCurrent; }
 
 void RegisterPanelPart(const PanelPartType& type) { PartTypes().push_back(type); }
 
+int32_t CheckPictureKind(const Image* input)
+{
+    if (input && (input->kind < kImageBinary || input->kind > kImageColor)) return kErrImageType;
+    return kOk;
+}
+
+const Image* TransformPanel::input() const { return source_ ? &source_->record().image : nullptr; }
+
 int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
                              ImageSubWindow* input, bool shortBar)
 {
@@ -265,7 +273,16 @@ void TransformPanel::ResultKept(ImageWindow* record)
     main_->workspace()->setActiveSubWindow(window);
     record->modified = true;
     record->windowKind = kWindowImage;
-    // The zoom fits the workspace, never above 1:1.
+    // A result of another size than its input (Resize, Crop, Add Border, a
+    // quarter turn) starts from the least reduction at which it fits, as a
+    // newly opened picture does; the input's zoom says nothing of it. Then
+    // the zoom fits the workspace.
+    const Image* input = frame_.source ? &frame_.source->image : nullptr;
+    if (input && (record->image.width != input->width || record->image.height != input->height)) {
+        const int32_t zoom =
+            ZoomForNewWindow(record->image.width, record->image.height, window->Metrics());
+        if (zoom != record->zoom) window->ZoomSet(zoom, true);
+    }
     window->Fit();
     window->UpdateTitle();
 }
@@ -455,13 +472,19 @@ void TransformPanel::ChangeInput(ImageSubWindow* input)
     const bool wasAuto = frame_.autoPreview;
     FrameStart(frame_);
     frame_.autoPreview = wasAuto;
+    // The part reads the new input (a box or a size of its own may follow
+    // it), and the output size is then the record's.
+    if (part_) {
+        part_->InputChanged(*this);
+        TransformOutputSize(*frame_.module, &input->record().image, *frame_.params,
+                            frame_.outputWidth, frame_.outputHeight);
+    }
     // A mask must have the input's size.
     if ((frame_.outputWidth != oldWidth || frame_.outputHeight != oldHeight) && amount_) {
         amount_->SetAmountMask(nullptr);
         amount_->SetMaskSize(frame_.outputWidth, frame_.outputHeight);
         frame_.params->amount = amount_->GetAmount();
     }
-    if (part_) part_->InputChanged(*this);
     restart_preview(frame_);
 }
 

@@ -50,6 +50,10 @@ struct PanelPartType {
     int32_t width = 0;
 };
 
+// A part's `check` for modules that take binary, gray and colour pictures:
+// 14 for any other kind.
+int32_t CheckPictureKind(const Image* input);
+
 void RegisterPanelPart(const PanelPartType& type);
 struct PanelPartRegistration {
     explicit PanelPartRegistration(const PanelPartType& type) { RegisterPanelPart(type); }
@@ -76,6 +80,8 @@ public:
     TransformFrame& state() { return frame_; }
     const TransformModule& module() const { return *frame_.module; }
     ImageSubWindow* sourceWindow() const { return source_; }
+    // The input's picture, or null.
+    const Image* input() const;
     MainWindow* mainWindow() const { return main_; }
     QPushButton* button(int32_t id) const;
     // The control of the module's parameter `index` (null when it has none

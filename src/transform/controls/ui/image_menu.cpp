@@ -42,24 +42,7 @@ QImage ThumbnailPicture(const Image& image, int32_t side)
     if (make_thumbnail(image, small, side, side, false, true) != 0 || !small.rows ||
         small.kind < kImageBinary || small.kind > kImageColor)
         return {};
-    const DisplayTables& t = CurrentDisplayTables();
-    QImage picture(small.width, small.height, QImage::Format_RGB32);
-    for (int32_t r = 0; r < small.height; ++r) {
-        const uint8_t* in = small.rows[r];
-        auto* out = reinterpret_cast<QRgb*>(picture.scanLine(small.height - 1 - r));
-        for (int32_t x = 0; x < small.width; ++x) {
-            switch (small.kind) {
-            case kImageBinary: {
-                const int32_t v = GetBit(in, x) ? 255 : 0;
-                out[x] = qRgb(t.red[v], t.green[v], t.blue[v]);
-                break;
-            }
-            case kImageGray: out[x] = qRgb(t.red[in[x]], t.green[in[x]], t.blue[in[x]]); break;
-            default: out[x] = qRgb(in[3 * x + 2], in[3 * x + 1], in[3 * x]); break;
-            }
-        }
-    }
-    return picture;
+    return ThumbnailToScreen(small);
 }
 
 QMdiArea* FindWorkspace(QMdiArea* given, const QWidget* control, WindowHandle window)
