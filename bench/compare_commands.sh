@@ -7,11 +7,13 @@
 # wall-time ratio ours/peer, the medians of both, and their peak memory, as
 # /usr/bin/time -v reports them.
 #
-#   bench/compare_commands.sh [build-dir] [runs] [all|codecs|geometry]
+#   bench/compare_commands.sh [build-dir] [runs] [all|codecs|geometry|filters]
 #
 # "codecs" times the conversions, Negative and the curve; "geometry" Resize
 # (to a half and a third), a quarter turn, Crop and Add Border, TIFF to TIFF
-# so that the operation is not hidden behind a JPEG codec.
+# so that the operation is not hidden behind a JPEG codec; "filters" the
+# Gaussian at radius 2 and 10 (sigma sqrt(2 r (r + 1) / 3) for the peers:
+# two box passes of 2 r + 1), Unsharp Mask and Median 3x3, TIFF to TIFF.
 #
 # Installs the peers (libvips-tools, imagemagick, graphicsmagick) when
 # missing. The figures go into docs/performance.md.
@@ -112,6 +114,17 @@ compare "Add Border 100" \
   "$cli apply add-border --left 100 --right 100 --top 100 --bottom 100 --color 0,0,0 $w/in.tif $w/g5.tif" \
   "$vips embed $w/in.tif $w/h5.tif 100 100 6200 4200 --extend black" \
   "$im $w/in.tif -bordercolor black -border 100 -compress none $w/i5.tif"
+fi
+if [ "$set_name" = all ] || [ "$set_name" = filters ]; then
+compare "Gaussian, radius 2" "$cli apply blur --method gaussian --radius 2 $w/in.tif $w/f1.tif" \
+  "$vips gaussblur $w/in.tif $w/u1.tif 2" "$im $w/in.tif -blur 0x2 -compress none $w/x1.tif"
+compare "Gaussian, radius 10" "$cli apply blur --method gaussian --radius 10 $w/in.tif $w/f2.tif" \
+  "$vips gaussblur $w/in.tif $w/u2.tif 8.56" "$im $w/in.tif -blur 0x8.56 -compress none $w/x2.tif"
+compare "Unsharp Mask, radius 2" \
+  "$cli apply sharpen --method unsharp --radius 2 $w/in.tif $w/f3.tif" \
+  "$vips sharpen $w/in.tif $w/u3.tif --sigma 2" "$im $w/in.tif -unsharp 0x2 -compress none $w/x3.tif"
+compare "Median 3x3" "$cli apply blur --method median3 $w/in.tif $w/f4.tif" \
+  "$vips median $w/in.tif $w/u4.tif 3" "$im $w/in.tif -median 3 -compress none $w/x4.tif"
 fi
 [ "$set_name" = all ] || [ "$set_name" = codecs ] || exit 0
 compare "JPEG to TIFF" "$cli convert $w/in.jpg $w/a.tif" \
