@@ -21,11 +21,11 @@ constexpr CommandOwner Later = CommandOwner::Later;
 const std::vector<Command> kCommands = {
     // File
     {kCmdNew, "&New...", kAlways, P, nullptr, kKindNew, Later},
-    {kCmdOpen, "&Open...", kAlways, N, nullptr, 0, Frame},
+    {kCmdOpen, "&Open...", kAlways, N, "Ctrl+O", 0, Frame},
     {kCmdOpenPhotoCd, "Open &PhotoCD...", kAlways, P, nullptr, 18, Later},
     {kCmdBrowse, "&Browse...", kAlways, N, nullptr, 59, Later},
-    {kCmdSave, "&Save", kImageWindow, N, nullptr, 0, Frame},
-    {kCmdSaveAs, "Save &As...", kImageWindow, N, nullptr, 0, Frame},
+    {kCmdSave, "&Save", kImageWindow, N, "Ctrl+S", 0, Frame},
+    {kCmdSaveAs, "Save &As...", kImageWindow, N, "Ctrl+Shift+S", 0, Frame},
     {kCmdClose, "&Close", kActiveChild, N, nullptr, 0, Frame},
     {kCmdRevert, "&Revert", kSpecialRule, N, nullptr, 0, Frame},
     {kCmdPrint, "&Print...", kImageWindow, N, nullptr, 44, Later},

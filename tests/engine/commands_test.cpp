@@ -52,6 +52,7 @@ TEST(Commands, TableIsConsistentWithTheMenus)
     EXPECT_EQ(transformation[2].condition, kColorImage);
 
     EXPECT_STREQ(FindCommand(kCmdInfo)->shortcut, "Ctrl+W");
+    EXPECT_STREQ(FindCommand(kCmdSaveAs)->shortcut, "Ctrl+Shift+S");
     EXPECT_STREQ(FindCommand(kCmdUndo)->shortcut, "Ctrl+Z");
     EXPECT_STREQ(FindCommand(kCmdHelpContext)->shortcut, "F1");
     EXPECT_STREQ(FindCommand(kCmdNext)->shortcut, "Ins");

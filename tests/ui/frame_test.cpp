@@ -5,6 +5,8 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTimer>
+#include <QAbstractScrollArea>
+#include <QWheelEvent>
 #include <QtTest>
 #include <cstring>
 
@@ -80,6 +82,45 @@ private slots:
         frame_->UpdateMenus();
         QVERIFY(!frame_->action(kCmdInfo)->isEnabled());
         QVERIFY(frame_->action(kCmdExit)->isEnabled());
+    }
+
+    void keysWorkFromAPictureWithTheKeypadOrWithout()
+    {
+        ImageSubWindow* w = NewCard(kImageColor, 300, 200);
+        QVERIFY(w);
+        w->widget()->setFocus();
+        QWidget* focus = QApplication::focusWidget();
+        QVERIFY(focus);
+        // The keypad's keys, and the same keys as X11 often delivers them.
+        QTest::keyClick(focus, Qt::Key_Minus, Qt::KeypadModifier);
+        QCOMPARE(w->record().zoom, -2);
+        QTest::keyClick(focus, Qt::Key_Asterisk);
+        QCOMPARE(w->record().zoom, 1);
+        QTest::keyClick(focus, Qt::Key_Asterisk, Qt::KeypadModifier);
+        QCOMPARE(w->record().zoom, 2);
+        QTest::keyClick(focus, Qt::Key_Minus);
+        QCOMPARE(w->record().zoom, 1);
+        // Ctrl and the wheel zoom about the pointer.
+        QWheelEvent up(QPointF(10, 10), w->widget()->mapToGlobal(QPointF(10, 10)), QPoint(),
+                       QPoint(0, 120), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase,
+                       false);
+        QApplication::sendEvent(static_cast<QAbstractScrollArea*>(w->widget())->viewport(), &up);
+        QCOMPARE(w->record().zoom, 2);
+        // Ctrl+W is the frame's Window Info, not the sub-window's Close.
+        bool infoSeen = false;
+        QTimer::singleShot(300, [&] {
+            if (QWidget* modal = QApplication::activeModalWidget()) {
+                infoSeen = modal->windowTitle().contains(QStringLiteral("Info"));
+                modal->close();
+            }
+        });
+        QTest::keyClick(focus, Qt::Key_W, Qt::ControlModifier);
+        QTest::qWait(400);
+        QVERIFY(infoSeen);
+        QVERIFY(frame_->ActiveImage() == w);
+        QCOMPARE(frame_->action(kCmdOpen)->shortcut(), QKeySequence(QStringLiteral("Ctrl+O")));
+        QCOMPARE(frame_->action(kCmdSaveAs)->shortcut(),
+                 QKeySequence(QStringLiteral("Ctrl+Shift+S")));
     }
 
     void zoomCommandsShowTheirRatioInTheTitle()

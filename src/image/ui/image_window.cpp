@@ -5,6 +5,7 @@
 #include <QMdiArea>
 #include <QPainter>
 #include <QScrollBar>
+#include <QWheelEvent>
 #include <algorithm>
 
 #include "image/display.h"
@@ -16,6 +17,7 @@
 #include "shell/text.h"
 #include "shell/ui/events.h"
 #include "shell/ui/metrics.h"
+#include "shell/ui/workspace.h"
 
 namespace lv {
 
@@ -120,6 +122,17 @@ void ImageView::mouseReleaseEvent(QMouseEvent* event)
     QAbstractScrollArea::mouseReleaseEvent(event);
 }
 
+void ImageView::wheelEvent(QWheelEvent* event)
+{
+    if (!(event->modifiers() & Qt::ControlModifier) || event->angleDelta().y() == 0) {
+        QAbstractScrollArea::wheelEvent(event);
+        return;
+    }
+    const QPoint at = event->position().toPoint();
+    owner_->ZoomAbout(event->angleDelta().y() > 0, at.x(), at.y());
+    event->accept();
+}
+
 // ---- ImageSubWindow ---------------------------------------------------------
 
 QList<ImageSubWindow*> ImageWindows(QMdiArea* workspace)
@@ -135,6 +148,7 @@ ImageSubWindow::ImageSubWindow(QMdiArea* workspace, int32_t slot, ImageWindow* r
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWidget(view_);
+    ClearSystemMenuKeys(this);
     record_->hWindow = handle();
     record_->windowKind = kWindowImage;
 }
@@ -307,6 +321,24 @@ void ImageSubWindow::ZoomOut(bool resize)
     const int32_t zoom = ZoomStepDown(record_->zoom);
     if (zoom == record_->zoom) return;
     ApplyZoom(zoom, resize, false, 0, 0);
+    ZoomDone();
+}
+
+void ImageSubWindow::ZoomAbout(bool in, int32_t cx, int32_t cy)
+{
+    const int32_t zoom = in ? ZoomStepUp(record_->zoom) : ZoomStepDown(record_->zoom);
+    if (zoom == record_->zoom) return;
+    ImageWindow& r = *record_;
+    const ZoomMetrics m = Metrics();
+    QSize client = ClientSize();
+    int32_t x = 0, y = 0;
+    ClientToImage(r, Subject(), client.width(), client.height(), m, cx, cy, x, y, true);
+    // Centred on the point first, then scrolled back under the pointer.
+    ApplyZoom(zoom, false, true, x, y);
+    client = ClientSize();
+    int32_t nowX = 0, nowY = 0;
+    ImageToClient(r, Subject(), client.width(), client.height(), m, x, y, nowX, nowY);
+    ScrollToPositions(r.viewLeft + nowX - cx, r.viewTop + nowY - cy);
     ZoomDone();
 }
 

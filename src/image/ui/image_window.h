@@ -28,6 +28,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     // Called after a scroll bar's value changed.
     void scrollContentsBy(int dx, int dy) override;
 
@@ -62,6 +63,9 @@ public:
     void ZoomOut(bool resize);
     void ZoomActual(bool resize, bool keep = false, int32_t x = 0, int32_t y = 0);
     void ZoomSet(int32_t zoom, bool resize);
+    // Ctrl and the wheel: one step in or out, the picture's point under the
+    // client point (cx, cy) staying under it where the scrolling allows.
+    void ZoomAbout(bool in, int32_t cx, int32_t cy);
     void Expand();
     void Fit();
     // The centering step and the scroll bars for the present view.

@@ -40,14 +40,19 @@ KeyValueStore* gPreferencesStore = nullptr;
 // Save and Save As do not report a cancelled dialog or an aborted write.
 int32_t IgnoreAbort(int32_t code) { return code == kErrAborted ? kOk : code; }
 
-QKeySequence ShortcutOf(const char* text)
+// The keys of a command. A keypad key is taken with or without the keypad
+// flag, since X11 and some keyboards deliver it without; the main row's key
+// then does the same, except in an edit box, which keeps its characters.
+QList<QKeySequence> ShortcutsOf(const char* text)
 {
     const std::string s = text;
-    if (s == "Num+*") return QKeySequence(Qt::KeypadModifier | Qt::Key_Asterisk);
-    if (s == "Num++") return QKeySequence(Qt::KeypadModifier | Qt::Key_Plus);
-    if (s == "Num+-") return QKeySequence(Qt::KeypadModifier | Qt::Key_Minus);
-    if (s == "Ins") return QKeySequence(Qt::Key_Insert);
-    return QKeySequence(QString::fromLatin1(text));
+    for (const auto& [name, key] : {std::pair{"Num+*", Qt::Key_Asterisk},
+                                    std::pair{"Num++", Qt::Key_Plus},
+                                    std::pair{"Num+-", Qt::Key_Minus}}) {
+        if (s == name) return {QKeySequence(Qt::KeypadModifier | key), QKeySequence(key)};
+    }
+    if (s == "Ins") return {QKeySequence(Qt::Key_Insert)};
+    return {QKeySequence(QString::fromLatin1(text))};
 }
 
 // The tool bar ("ribbon"): its buttons in order, with their tips; 0 is a
@@ -171,7 +176,7 @@ void MainWindow::BuildMenus()
                     const Command* c = FindCommand(item.id);
                     QAction* a = menu->addAction(QString::fromLatin1(c->label));
                     if (c->shortcut) {
-                        a->setShortcut(ShortcutOf(c->shortcut));
+                        a->setShortcuts(ShortcutsOf(c->shortcut));
                         a->setShortcutContext(Qt::ApplicationShortcut);
                     }
                     if (item.id >= kCmdNoToolBar && item.id <= kCmdToolBarLeft)

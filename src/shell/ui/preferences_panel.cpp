@@ -89,6 +89,7 @@ PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
 {
     gCurrent = this;
     setAttribute(Qt::WA_DeleteOnClose);
+    ClearSystemMenuKeys(this);
     setProperty("lvWindowKind", kKindPreferences);
     setWindowTitle(QStringLiteral("Preferences"));
     const Preferences& p = CurrentPreferences();

@@ -1,7 +1,9 @@
 #include "shell/ui/workspace.h"
 
+#include <QAction>
 #include <QIcon>
 #include <QLinearGradient>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -155,6 +157,12 @@ bool Workspace::viewportEvent(QEvent* event)
         return true;
     }
     return QMdiArea::viewportEvent(event);
+}
+
+void ClearSystemMenuKeys(QMdiSubWindow* window)
+{
+    if (QMenu* menu = window ? window->systemMenu() : nullptr)
+        for (QAction* action : menu->actions()) action->setShortcut(QKeySequence());
 }
 
 }  // namespace lv

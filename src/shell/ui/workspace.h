@@ -6,6 +6,7 @@
 
 #include <QIcon>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 
 namespace lv {
 
@@ -26,6 +27,11 @@ protected:
 private:
     bool splashShown_ = false;
 };
+
+// Takes the keys off a sub-window's system menu (Close's Ctrl+W and the
+// like), keeping its items, so that every accelerator of the frame means one
+// command whatever window has the focus.
+void ClearSystemMenuKeys(QMdiSubWindow* window);
 
 // The libraries this build is linked with, for the splash credit line and
 // the About box: "Qt 6.4.2", ...

@@ -141,6 +141,7 @@ TransformPanel::TransformPanel(MainWindow* frame, const TransformModule& module,
     : main_(frame), source_(input)
 {
     setAttribute(Qt::WA_DeleteOnClose);
+    ClearSystemMenuKeys(this);
     setProperty("lvWindowKind", PanelKindOf(module.commandId));
     frame_.module = &module;
     frame_.host = this;

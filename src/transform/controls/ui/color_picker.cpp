@@ -22,6 +22,7 @@
 #include "shell/ui/events.h"
 #include "shell/ui/metrics.h"
 #include "shell/ui/panel_keys.h"
+#include "shell/ui/workspace.h"
 #include "transform/controls/ui/control_event.h"
 
 namespace lv {
@@ -245,6 +246,7 @@ ColorPicker::ColorPicker(int32_t fieldWidth, int32_t fieldHeight, const QString&
     : owner_(owner), controlId_(controlId), mode_(mode), flags_(flags)
 {
     setAttribute(Qt::WA_DeleteOnClose);
+    ClearSystemMenuKeys(this);
     setProperty("lvWindowKind", kColorPickerKind);
     setWindowTitle(title);
     setWindowFlags(Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
