@@ -123,6 +123,18 @@ private slots:
                  QKeySequence(QStringLiteral("Ctrl+Shift+S")));
     }
 
+    void cascadeLeavesTheTopWindowActive()
+    {
+        ImageSubWindow* first = NewCard(kImageGray, 60, 40);
+        QVERIFY(NewCard(kImageGray, 60, 40));
+        QVERIFY(NewCard(kImageGray, 60, 40));
+        QVERIFY(frame_->Dispatch(kCmdCascade));
+        const QList<QMdiSubWindow*> stack =
+            frame_->workspace()->subWindowList(QMdiArea::StackingOrder);
+        QCOMPARE(stack.last(), static_cast<QMdiSubWindow*>(first));
+        QCOMPARE(frame_->ActiveImage(), first);
+    }
+
     void zoomCommandsShowTheirRatioInTheTitle()
     {
         ImageSubWindow* w = NewCard(kImageColor, 300, 200);

@@ -544,6 +544,8 @@ void MainWindow::Cascade()
         w->move(positions[static_cast<size_t>(i)].first, positions[static_cast<size_t>(i)].second);
         w->raise();
     }
+    // The window on top is the one the next command acts on.
+    if (!windows.isEmpty()) workspace_->setActiveSubWindow(windows.first());
 }
 
 void MainWindow::ArrangeIcons()
