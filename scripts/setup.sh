@@ -13,7 +13,7 @@ PACKAGES=(
   build-essential cmake ninja-build ccache pkg-config
   qt6-base-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  libjpeg62-turbo-dev libpng-dev libtiff-dev libgif-dev
+  libjpeg62-turbo-dev libpng-dev libtiff-dev libgif-dev libexiv2-dev
   libfreetype-dev libfontconfig-dev fonts-dejavu-core
   clang libclang-rt-14-dev
   xvfb xauth

@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "files/formats.h"
+#include "files/metadata.h"
 #include "image/threads.h"
 #include "shell/errors.h"
 #include "shell/stderr_frontend.h"
@@ -188,11 +189,17 @@ int RunJobs(const std::vector<Job>& jobs, bool batch, int32_t parallel,
     return 0;
 }
 
-Failure ReadPicture(const std::string& path, Image& image, bool showBox)
+Failure ReadPicture(const std::string& path, Image& image, bool showBox,
+                    PictureMetadata* metadata)
 {
     const int32_t type = FileTypeFromName(path);
     if (type < 0) return {kErrUnknownFileType, path, {}};
     if (int32_t code = ReadImageFile(path, type, image, showBox)) return {code, path, {}};
+    PictureMetadata read;
+    if (int32_t code = MetadataRead(path, read)) return {code, path, {}};
+    if (OrientOnOpen())
+        if (int32_t code = ApplyOrientation(image, read.orientation)) return {code, path, {}};
+    if (metadata) *metadata = std::move(read);
     return {};
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "files/metadata.h"
 #include "image/image.h"
 
 namespace lv::cli {
@@ -61,6 +62,7 @@ int32_t DefaultJobs();
 
 // Reads a picture for a job; 71 at once for a name whose extension is no
 // file type, else the reader's code. The failure names `path`.
-Failure ReadPicture(const std::string& path, Image& image, bool showBox);
+Failure ReadPicture(const std::string& path, Image& image, bool showBox,
+                    PictureMetadata* metadata = nullptr);
 
 }  // namespace lv::cli

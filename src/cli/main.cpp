@@ -13,6 +13,7 @@
 #include "cli/batch.h"
 #include "cli/options.h"
 #include "files/formats.h"
+#include "files/metadata.h"
 #include "files/library.h"
 #include "image/image.h"
 #include "image/pixel.h"
@@ -92,7 +93,14 @@ const char kHelp[] =
     "  --format EXT            The output format of a batch: tif, jpg, bmp, tga,\n"
     "                          pcx, gif, eps or png (default: the input's own).\n"
     "  --jobs N                Files of a batch done side by side (default: the\n"
-    "                          machine's cores); the outputs are the same.\n";
+    "                          machine's cores); the outputs are the same.\n"
+    "  --no-orient             Leave pictures as stored; by default a JPEG or\n"
+    "                          TIFF is turned as its EXIF orientation says the\n"
+    "                          camera was held (info takes it too).\n"
+    "\n"
+    "A picture's EXIF, XMP and IPTC and its ICC profile go with it into the JPEG,\n"
+    "TIFF and PNG files written from it, with the orientation set to normal.\n"
+    "info prints the camera, the date taken, the exposure and the profile.\n";
 
 const char* const kFormats[] = {"tif", "tiff", "jpg", "jpeg", "bmp", "tga",
                                 "pcx", "gif",  "eps", "png"};
@@ -102,7 +110,8 @@ std::vector<Option> SaveOptionList()
     return {{"quality", true, "an integer from 0 to 100"},
             {"sampling", true, "one of 444, 422, 411"},
             {"format", true, "one of tif, tiff, jpg, jpeg, bmp, tga, pcx, gif, eps, png"},
-            {"jobs", true, "an integer from 1 to 64"}};
+            {"jobs", true, "an integer from 1 to 64"},
+            {"no-orient", false, "no value"}};
 }
 
 // The save options and the batch's format from a parsed line. False with
@@ -111,6 +120,8 @@ bool ReadSaveOptions(const CommandLine& line, SaveOptions& save, std::string& fo
                      int32_t& jobs, std::string& problem)
 {
     jobs = DefaultJobs();
+    // Pictures stand as the camera was held unless asked otherwise.
+    SetOrientOnOpen(OptionValue(line, "no-orient") == nullptr);
     if (const std::string* j = OptionValue(line, "jobs")) {
         if (ParseInt(*j, jobs) != 0 || jobs < 1 || jobs > 64) {
             problem = "--jobs: '" + *j + "' is not allowed; allowed: an integer from 1 to 64";
@@ -176,7 +187,9 @@ int Info(const std::vector<std::string>& args)
 {
     CommandLine line;
     std::string problem;
-    if (!ParseCommandLine(args, {}, "info", line, problem)) return UsageError(problem);
+    if (!ParseCommandLine(args, {{"no-orient", false, "no value"}}, "info", line, problem))
+        return UsageError(problem);
+    SetOrientOnOpen(OptionValue(line, "no-orient") == nullptr);
     if (line.operands.empty()) return UsageError("info needs at least one file");
     int first = 0;
     for (const std::string& path : line.operands) {
@@ -191,10 +204,27 @@ int Info(const std::vector<std::string>& args)
             if (!first) first = code;
             continue;
         }
+        // The size as the picture opens: turned by its orientation.
+        PictureMetadata metadata;
+        MetadataRead(path, metadata);
+        const bool turned = OrientOnOpen() && metadata.orientation >= 5;
         std::printf("%s\n", FormatText("%s: %s, %d x %d pixels, %2f dpi, %s", path,
-                                       ImageKindName(info.kind), info.width, info.height,
-                                       info.resolution, TypeName(type))
+                                       ImageKindName(info.kind),
+                                       turned ? info.height : info.width,
+                                       turned ? info.width : info.height, info.resolution,
+                                       TypeName(type))
                                 .c_str());
+        auto line = [](const char* what, const std::string& text) {
+            if (!text.empty()) std::printf("  %s: %s\n", what, text.c_str());
+        };
+        line("camera", metadata.camera);
+        line("taken", metadata.taken);
+        line("exposure", metadata.exposure);
+        if (metadata.orientation != 1)
+            line("orientation", FormatText("%d, %s", metadata.orientation,
+                                           OrientOnOpen() ? "turned on opening"
+                                                          : "left as stored (--no-orient)"));
+        line("profile", metadata.profileName);
     }
     return first;
 }
@@ -221,13 +251,18 @@ int Convert(const std::vector<std::string>& args, bool negative)
     }
     return RunJobs(jobs, batch, parallel, [&](const Job& job) -> Failure {
         Image image;
-        if (Failure failure = ReadPicture(job.input, image, true); failure.code) return failure;
+        PictureMetadata metadata;
+        if (Failure failure = ReadPicture(job.input, image, true, &metadata); failure.code)
+            return failure;
         if (negative) {
             Image result;
             if (int32_t code = ImageNegative(image, result)) return {code, job.input, {}};
             image = std::move(result);
         }
-        if (int32_t code = WriteImageFile(job.output, SaveFilterFromName(job.output), image, save))
+        SaveOptions options = save;
+        options.metadata = &metadata;
+        if (int32_t code =
+                WriteImageFile(job.output, SaveFilterFromName(job.output), image, options))
             return {code, job.output, {}};
         return {};
     });
@@ -337,7 +372,9 @@ int Apply(const std::vector<std::string>& args)
     auto level = [](double percent) { return RoundToInt(percent * 1024 / 100); };
     return RunJobs(jobs, batch, parallel, [&](const Job& job) -> Failure {
         Image source;
-        if (Failure failure = ReadPicture(job.input, source, true); failure.code) return failure;
+        PictureMetadata metadata;
+        if (Failure failure = ReadPicture(job.input, source, true, &metadata); failure.code)
+            return failure;
         AmountBlock& block = params->amount;
         if (maskPath) {
             // A mask is a gray picture of the input's size.
@@ -358,7 +395,10 @@ int Apply(const std::vector<std::string>& args)
         Image result;
         if (int32_t code = RunTransformToImage(*module, *params, &source, result))
             return {code, job.input, {}};
-        if (int32_t code = WriteImageFile(job.output, SaveFilterFromName(job.output), result, save))
+        SaveOptions options = save;
+        options.metadata = &metadata;  // the same photograph's
+        if (int32_t code =
+                WriteImageFile(job.output, SaveFilterFromName(job.output), result, options))
             return {code, job.output, {}};
         return {};
     });

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "files/codec_io.h"
+#include "files/metadata.h"
 #include "files/jpeg.h"
 #include "files/library.h"
 #include "image/memory.h"
@@ -214,7 +215,8 @@ int32_t WriteRow(void* context, uint8_t* buffer, int32_t row)
 // Writes the picture to `path` in a library format, in place of any old file
 // only once complete (shell/safe_write.h): 0, 11, or 6 with the reason, for a
 // file that could not be created or replaced as well as for a failed write.
-int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format)
+int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format,
+                         const PictureMetadata* metadata)
 {
     LibraryHeader header;
     for (int32_t i = 0; i < 256; ++i)
@@ -242,6 +244,10 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
 
     SafeWrite write;
     if (SafeWriteOpen(write, path) != kOk) return kErrWriting;
+    const MetadataWrite withMetadata{format == kFormatTiff || format == kFormatPng ? metadata
+                                                                                  : nullptr,
+                                     image.width, image.height};
+    MetadataWriteInto(write, withMetadata);
     ProgressOpen(0, image.height - 1, "File Save", true);
     WriteContext context{&image};
     const int32_t result = LibraryWrite(write.file, header, format, WriteRow, &context);
@@ -426,9 +432,11 @@ int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& ima
     // Every writer puts its file in the target's place only when it is
     // complete (shell/safe_write.h); any failure is the format's write error,
     // with the reason left where it happened.
-    int32_t result = filter == kSaveJpeg ? JPEGWrite(path, image, options.jpegQuality,
-                                                     options.jpegSampling, options.jpegPalette)
-                                         : WriteWithLibrary(path, image, f->format);
+    int32_t result =
+        filter == kSaveJpeg
+            ? JPEGWrite(path, image, options.jpegQuality, options.jpegSampling,
+                        options.jpegPalette, options.metadata)
+            : WriteWithLibrary(path, image, f->format, options.metadata);
     if (result != kOk && result != kErrAborted && result != kErrOutOfMemory)
         result = f->writeError;
     return result;

@@ -104,6 +104,9 @@ struct SaveOptions {
     int32_t jpegQuality = 97;
     int32_t jpegSampling = 0;        // 0 "4:4:4", 1 "4:2:2", 2 "4:1:1"
     uint8_t* jpegPalette = nullptr;  // 768 bytes the Slide Show keeps, or null
+    // The metadata of the file the picture came from, written again into a
+    // JPEG, TIFF or PNG (files/metadata.h); null or empty for none.
+    const struct PictureMetadata* metadata = nullptr;
 };
 // The filter's bad-type error when it cannot take the picture's kind, else 0.
 int32_t CheckSaveKind(int32_t filter, const Image& image);

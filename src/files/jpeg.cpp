@@ -13,6 +13,7 @@
 #include <jpeglib.h>
 
 #include "files/codec_io.h"
+#include "files/metadata.h"
 #include "image/memory.h"
 #include "image/pixel.h"
 #include "image/progress.h"
@@ -559,7 +560,7 @@ int32_t JPEGReadHeader(const std::string& path, PictureInfo& info)
 }
 
 int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,
-                  uint8_t* palette768)
+                  uint8_t* palette768, const PictureMetadata* metadata)
 {
     if (image.kind != kImageGray && image.kind != kImageColor) {
         SetErrorDetail("JPEG holds only gray and colour pictures");
@@ -586,6 +587,8 @@ int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, 
 
     SafeWrite write;
     if (SafeWriteOpen(write, path) != kOk) return kErrJpegWrite;
+    const MetadataWrite withMetadata{metadata, image.width, image.height};
+    MetadataWriteInto(write, withMetadata);
     WriteJob job{};
     job.stream = write.file.stream;
     job.image = &image;

@@ -93,7 +93,7 @@ int32_t JPEGRead(const std::string& path, Image& image, bool showBox);
 int32_t JPEGReadHeader(const std::string& path, PictureInfo& info);
 
 int32_t JPEGWrite(const std::string& path, const Image& image, int32_t quality, int32_t sampling,
-                  uint8_t* palette768);
+                  uint8_t* palette768, const struct PictureMetadata* metadata = nullptr);
 
 // The quantisation factor of a quality: (100 - quality) * 254 / 100 + 1, in
 // integer arithmetic; 1 for quality 100, 255 for 0.

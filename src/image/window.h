@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "image/image.h"
@@ -15,6 +16,8 @@
 namespace lv {
 
 using WindowHandle = const void*;
+
+struct PictureMetadata;  // files/metadata.h
 
 // Window kinds of the children of the workspace that the engine deals with;
 // panels have kinds 3 and above (see shell/commands.h for all of them).
@@ -36,6 +39,9 @@ struct ImageWindow {
     int32_t slot = 0;
     std::string fileName;  // full path; empty for an untitled image
     int32_t fileType = 0;
+    // What the opened file said besides its pixels (camera, orientation,
+    // profile), written again when the picture or a result of it is saved.
+    std::shared_ptr<const PictureMetadata> metadata;
     WindowHandle hWindow = nullptr;
     WindowHandle maskWindow = nullptr;  // the mask shown over this window
     int32_t maskOpacity = 0;            // 0 none, -1 the mask alone, else 1..255

@@ -144,6 +144,7 @@ void PreferencesLoad(const KeyValueStore& store, Preferences& preferences)
         }
         if (ReadValue(store, group, "defaultfileopentype", f)) TakeInt(f, 0, p.defaultOpenFilter);
         if (ReadValue(store, group, "defaultfilesavetype", f)) TakeInt(f, 0, p.defaultSaveFilter);
+        if (ReadValue(store, group, "orient", f)) p.orientOnOpen = !(!f.empty() && f[0] == "no");
     } catch (const std::bad_alloc&) {
         // The fields read so far stand; the others keep their defaults.
     }
@@ -165,6 +166,7 @@ int32_t PreferencesSave(KeyValueStore& store, const Preferences& preferences)
         w.Put("nfilemenu", FormatText("%d", p.recentCount));
         w.Put("defaultfileopentype", FormatText("%d", p.defaultOpenFilter));
         w.Put("defaultfilesavetype", FormatText("%d", p.defaultSaveFilter));
+        w.Put("orient", p.orientOnOpen ? "yes" : "no");
         return w.result;
     } catch (const std::bad_alloc&) {
         return kErrOutOfMemory;

@@ -52,6 +52,7 @@ struct Preferences {
     int32_t recentCount = 4;           // "nfilemenu", 0..10
     int32_t defaultOpenFilter = 1;     // "defaultfileopentype"
     int32_t defaultSaveFilter = 1;     // "defaultfilesavetype"
+    bool orientOnOpen = true;          // "orient": turn pictures by their EXIF orientation
 
     bool operator==(const Preferences&) const = default;
 };

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
+#include <vector>
 #include <mutex>
 
 #include "shell/errors.h"
@@ -119,12 +121,12 @@ int32_t SafeWriteOpen(SafeWrite& write, const std::string& path)
         const std::string candidate = SafeWriteCandidate(write.target);
         // Never through a link, never over anything already there.
         const int descriptor = ::open(candidate.c_str(),
-                                      O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+                                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (descriptor < 0) {
             if (errno == EEXIST || errno == ELOOP) continue;
             return CreateFailure(errno);
         }
-        write.file.stream = ::fdopen(descriptor, "wb");
+        write.file.stream = ::fdopen(descriptor, "w+b");
         if (!write.file.stream) {
             const int error = errno;
             ::close(descriptor);
@@ -138,10 +140,45 @@ int32_t SafeWriteOpen(SafeWrite& write, const std::string& path)
     return kErrCannotCreate;
 }
 
+// The whole temporary read back, handed to the rewrite, and written again
+// in its place.
+static int32_t Rewrite(SafeWrite& write)
+{
+    std::FILE* stream = write.file.stream;
+    auto failed = [](int32_t code) {
+        SetErrorDetail(std::strerror(errno));
+        return code;
+    };
+    if (std::fflush(stream) != 0 || std::fseek(stream, 0, SEEK_END) != 0) return failed(kErrWriting);
+    const long size = std::ftell(stream);
+    if (size < 0 || std::fseek(stream, 0, SEEK_SET) != 0) return failed(kErrWriting);
+    std::vector<uint8_t> bytes;
+    try {
+        bytes.resize(static_cast<size_t>(size));
+    } catch (const std::bad_alloc&) {
+        return kErrOutOfMemory;
+    }
+    if (std::fread(bytes.data(), 1, bytes.size(), stream) != bytes.size())
+        return failed(kErrWriting);
+    if (int32_t code = write.rewrite(bytes, write.rewriteContext)) return code;
+    if (std::fseek(stream, 0, SEEK_SET) != 0 ||
+        std::fwrite(bytes.data(), 1, bytes.size(), stream) != bytes.size() ||
+        std::fflush(stream) != 0 ||
+        ::ftruncate(fileno(stream), static_cast<off_t>(bytes.size())) != 0)
+        return failed(kErrWriting);
+    return kOk;
+}
+
 int32_t SafeWriteCommit(SafeWrite& write)
 {
     if (!write.file.stream) return kErrCannotCreate;
     const int descriptor = fileno(write.file.stream);
+    if (write.rewrite) {
+        if (int32_t code = Rewrite(write)) {
+            SafeWriteDiscard(write);
+            return code;
+        }
+    }
     // On the disk before the rename, so that a crash cannot leave an empty
     // or partial file under the target's name.
     if (std::fflush(write.file.stream) != 0 || ::fsync(descriptor) != 0) {

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "shell/text.h"
 
@@ -25,6 +26,11 @@ struct SafeWrite {
     bool hadTarget = false;
     uint32_t mode = 0;  // the old file's permission bits
     uint32_t owner = 0, group = 0;
+    // When set, the complete file is read back and handed to it before it
+    // goes to the disk for good (the metadata of a picture goes in so); it
+    // returns 0 or the code that abandons the write.
+    int32_t (*rewrite)(std::vector<uint8_t>& bytes, const void* context) = nullptr;
+    const void* rewriteContext = nullptr;
 
     SafeWrite() = default;
     ~SafeWrite();

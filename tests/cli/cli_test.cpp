@@ -103,9 +103,10 @@ TEST_F(Cli, MistakesExit100WithOneLineAndWriteNothing)
          "apply: no transformation 'sharpenify'; there are: " + ModuleNames()},
         {{"apply", "negative", "--foo", "1", in, out},
          "unknown option --foo for apply negative; allowed: --amount, --mask, --amount2, "
-         "--quality, --sampling, --format, --jobs"},
+         "--quality, --sampling, --format, --jobs, --no-orient"},
         {{"convert", "-q", "5", in, out},
-         "unknown option -q for convert; allowed: --quality, --sampling, --format, --jobs"},
+         "unknown option -q for convert; allowed: --quality, --sampling, --format, --jobs, "
+         "--no-orient"},
         {{"convert", "--jobs", "0", in, out},
          "--jobs: '0' is not allowed; allowed: an integer from 1 to 64"},
         {{"convert", in, out, "--quality"}, "--quality needs a value: an integer from 0 to 100"},
@@ -426,6 +427,33 @@ TEST_F(Cli, TheReferenceInTheDocsIsUpToDate)
     EXPECT_NE(plain.out.find("equalize  (Equalize)"), std::string::npos);
     EXPECT_NE(plain.out.find("    --color-space CHOICE  for colour, what is flattened"),
               std::string::npos);
+}
+
+TEST_F(Cli, CameraFilesStandAsTakenAndKeepTheirMetadata)
+{
+    const std::string camera = std::string(LUMIVUE_SOURCE_DIR) +
+                               "/../shared/testdata/extra/photos_jpeg/camera_chandelier_orient6.jpg";
+    if (!std::filesystem::exists(camera)) GTEST_SKIP() << "no test pictures";
+    const Outcome info = Cmd({"info", camera});
+    EXPECT_EQ(info.status, 0);
+    EXPECT_EQ(info.out, camera +
+                            ": Color Image, 1536 x 2048 pixels, 200.00 dpi, JPEG\n"
+                            "  camera: Canon PowerShot SX60 HS\n"
+                            "  taken: 2015:02:09 22:47:44\n"
+                            "  exposure: 1/60 s, F5.6, ISO 800\n"
+                            "  orientation: 6, turned on opening\n");
+    const std::string standing = dir_ / "standing.png", stored = dir_ / "stored.png";
+    EXPECT_EQ(Cmd({"convert", camera, standing}).status, 0);
+    EXPECT_EQ(Cmd({"convert", "--no-orient", camera, stored}).status, 0);
+    // The saved file stands upright and says so; the camera stays.
+    EXPECT_EQ(Cmd({"info", standing}).out, standing +
+                                               ": Color Image, 1536 x 2048 pixels, 200.00 dpi, "
+                                               "PNG\n  camera: Canon PowerShot SX60 HS\n"
+                                               "  taken: 2015:02:09 22:47:44\n"
+                                               "  exposure: 1/60 s, F5.6, ISO 800\n");
+    Image a, b;
+    ASSERT_EQ(ReadImageFile(stored, kTypePng, a, false), 0);
+    EXPECT_EQ(a.width * 10000 + a.height, 2048 * 10000 + 1536);
 }
 
 }  // namespace

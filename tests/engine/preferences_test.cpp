@@ -74,10 +74,12 @@ TEST(Preferences, SaveWritesTheStoredFormsAndLoadsBack)
     p.recentCount = 6;
     p.defaultOpenFilter = 3;
     p.defaultSaveFilter = 7;
+    p.orientOnOpen = false;
     MemoryStore store;
     EXPECT_EQ(PreferencesSave(store, p), 0);
     const auto& values = store.groups.at("Preferences");
-    EXPECT_EQ(values.size(), 11u);
+    EXPECT_EQ(values.size(), 12u);
+    EXPECT_EQ(values.at("orient"), "no");
     EXPECT_EQ(values.at("confirm"), "no");
     EXPECT_EQ(values.at("workspace"), "0.0392 0.2510 0.7843");
     EXPECT_EQ(values.at("border"), "12 0.0000 1.0000 0.0039");

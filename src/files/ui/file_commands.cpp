@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include "files/formats.h"
+#include "files/metadata.h"
 #include "image/display.h"
 #include "image/ui/image_window.h"
 #include "image/window.h"
@@ -176,7 +177,8 @@ bool AskJpegSettings(MainWindow* frame, int32_t kind, int32_t& quality, int32_t&
 
 // JPEGSave: the dialog, the write and the statistics. Failures are shown
 // here and also returned.
-int32_t JpegSave(MainWindow* frame, const std::string& path, const Image& image)
+int32_t JpegSave(MainWindow* frame, const std::string& path, const Image& image,
+                 const PictureMetadata* metadata)
 {
     if (image.kind != kImageGray && image.kind != kImageColor) return 24;
     SessionState& state = CurrentState();
@@ -187,6 +189,7 @@ int32_t JpegSave(MainWindow* frame, const std::string& path, const Image& image)
     SaveOptions options;
     options.jpegQuality = quality;
     options.jpegSampling = sampling;
+    options.metadata = metadata;
     const int32_t result = WriteImageFile(path, kSaveJpeg, image, options);
     if (result) {
         ReportError(result == kErrAborted ? kOk : result);
@@ -205,10 +208,27 @@ int32_t JpegSave(MainWindow* frame, const std::string& path, const Image& image)
     return kOk;
 }
 
-int32_t RunWriter(MainWindow* frame, const std::string& path, int32_t filter, const Image& image)
+int32_t RunWriter(MainWindow* frame, const std::string& path, int32_t filter, const Image& image,
+                  const PictureMetadata* metadata)
 {
-    if (filter == kSaveJpeg) return JpegSave(frame, path, image);
-    return WriteImageFile(path, filter, image, SaveOptions());
+    if (filter == kSaveJpeg) return JpegSave(frame, path, image, metadata);
+    SaveOptions options;
+    options.metadata = metadata;
+    return WriteImageFile(path, filter, image, options);
+}
+
+// Reads a picture with its metadata, turned to stand as it was taken unless
+// the preferences say otherwise.
+int32_t ReadStanding(const std::string& path, int32_t type, Image& image,
+                     std::shared_ptr<PictureMetadata>& metadata)
+{
+    if (int32_t code = ReadImageFile(path, type, image, true)) return code;
+    metadata = std::make_shared<PictureMetadata>();
+    if (int32_t code = MetadataRead(path, *metadata)) return code;
+    if (CurrentPreferences().orientOnOpen)
+        if (int32_t code = ApplyOrientation(image, metadata->orientation)) return code;
+    if (metadata->Empty()) metadata.reset();
+    return kOk;
 }
 
 // Opens one named file of a known type (steps 10 to 15).
@@ -224,12 +244,13 @@ int32_t OpenNamed(MainWindow* frame, std::string path, int32_t type, bool dialog
         return kOk;
     }
     Image image;
-    const int32_t code = ReadImageFile(path, type, image, true);
-    if (code) return code;
+    std::shared_ptr<PictureMetadata> metadata;
+    if (int32_t code = ReadStanding(path, type, image, metadata)) return code;
     RecentAdd(CurrentState(), CurrentPreferences().recentCount, path);
     if (int32_t shown = frame->ShowNewImage(std::move(image), Q(path))) return shown;
     if (ImageSubWindow* w = frame->ActiveImage()) {
         w->record().fileType = type;
+        w->record().metadata = std::move(metadata);
         w->UpdateTitle();
     }
     return kOk;
@@ -276,7 +297,7 @@ int32_t FileSave(MainWindow* frame, ImageSubWindow* window)
     const int32_t filter = SaveFilterOfType(r.fileType);
     if (r.fileName.empty() || filter == 0) return FileSaveAs(frame, window);
     if (int32_t code = CheckSaveKind(filter, r.image)) return code;
-    const int32_t code = RunWriter(frame, r.fileName, filter, r.image);
+    const int32_t code = RunWriter(frame, r.fileName, filter, r.image, r.metadata.get());
     if (code == kOk) r.modified = false;
     return code;
 }
@@ -301,7 +322,7 @@ int32_t FileSaveAs(MainWindow* frame, ImageSubWindow* window)
         // The kind is checked before anything touches the disk.
         if (int32_t code = CheckSaveKind(filter, r.image)) return code;
         if (CheckOverwrite(frame, path, window)) continue;
-        if (int32_t code = RunWriter(frame, path, filter, r.image)) return code;
+        if (int32_t code = RunWriter(frame, path, filter, r.image, r.metadata.get())) return code;
         gLastSaveFilter = filter;
         RecentAdd(CurrentState(), CurrentPreferences().recentCount, path);
         r.modified = false;
@@ -342,8 +363,10 @@ int32_t FileRevert(MainWindow* frame, ImageSubWindow* window)
     ImageWindow& r = window->record();
     if (r.fileName.empty()) return kOk;
     Image image;
-    if (int32_t code = ReadImageFile(r.fileName, r.fileType, image, true)) return code;
+    std::shared_ptr<PictureMetadata> metadata;
+    if (int32_t code = ReadStanding(r.fileName, r.fileType, image, metadata)) return code;
     r.image = std::move(image);
+    r.metadata = std::move(metadata);
     r.modified = false;
     UndoPurge(&r);
     ImageFree(r.display);

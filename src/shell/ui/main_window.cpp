@@ -488,6 +488,7 @@ int32_t MainWindow::DuplicateWindow(int32_t id)
         return result == kErrAborted ? kErrAborted : result;
     }
     ImageWindow& r = window->record();
+    r.metadata = source->record().metadata;  // the same photograph's
     r.zoom = source->record().zoom;
     r.modified = true;
     result = window->Rebuild(true);

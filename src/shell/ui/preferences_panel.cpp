@@ -46,6 +46,7 @@ enum ControlId : int32_t {
     kPcdDirectory,
     kStartupDirectory,
     kTempDirectory,
+    kOrient,
 };
 
 QColor ColorOf(const std::array<uint8_t, 3>& c) { return QColor(c[0], c[1], c[2]); }
@@ -141,6 +142,7 @@ PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
                                   32, kBorderWidth);
     });
     popup(kConfirm, "Confirm on Close:", {"no", "yes"}, p.confirmClose ? 1 : 0);
+    popup(kOrient, "Turn by EXIF Orientation:", {"no", "yes"}, p.orientOnOpen ? 1 : 0);
     row([&](QWidget* h) {
         auto* edit = new PEditControl(
             0, 0, 90, h, QStringLiteral("Resolution (dpi):"),
@@ -190,6 +192,7 @@ bool PreferencesPanel::event(QEvent* event)
         case kWorkspaceColor: Store(p.workspaceColor, ColorFromValue(e->value)); break;
         case kBorderColor: Store(p.borderColor, ColorFromValue(e->value)); break;
         case kConfirm: p.confirmClose = value == 1; break;
+        case kOrient: p.orientOnOpen = value == 1; break;
         case kUndo: p.undoLevels = value; break;
         case kOpenType: p.defaultOpenFilter = value + 1; break;
         case kSaveType: p.defaultSaveFilter = value + 1; break;

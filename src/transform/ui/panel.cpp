@@ -252,6 +252,8 @@ int32_t TransformPanel::ResultShown(ImageWindow* record, int32_t cascade)
 {
     ImageSubWindow* window = WindowOf(record);
     if (!window) return kOk;
+    // A result is the same photograph: its camera's metadata goes with it.
+    if (frame_.source) record->metadata = frame_.source->metadata;
     window->displayFunction = nullptr;
     window->closedFunction = nullptr;
     record->windowKind = kWindowImage;
