@@ -6,10 +6,14 @@
 #include <QScrollBar>
 #include <QTimer>
 #include <QAbstractScrollArea>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QWheelEvent>
 #include <QtTest>
 #include <cstring>
 
+#include "files/formats.h"
 #include "image/display.h"
 #include "image/ui/image_window.h"
 #include "image/window.h"
@@ -24,6 +28,7 @@
 #include "shell/ui/qt_frontend.h"
 #include "shell/ui/workspace.h"
 #include "support/editor_fixture.h"
+#include "support/temp_dir.h"
 #include "synthesis/test_card.h"
 
 using namespace lv;
@@ -133,6 +138,43 @@ private slots:
             frame_->workspace()->subWindowList(QMdiArea::StackingOrder);
         QCOMPARE(stack.last(), static_cast<QMdiSubWindow*>(first));
         QCOMPARE(frame_->ActiveImage(), first);
+    }
+
+    void droppedFilesAndFoldersOpen()
+    {
+        test::TempDir dir;
+        Image card;
+        QCOMPARE(MakeTestCard(card, kImageGray, 40, 30), 0);
+        for (const char* name : {"a.png", "b.tif"})
+            QCOMPARE(WriteImageFile(dir / name, SaveFilterFromName(dir / name), card, {}), 0);
+        QFile notes(QString::fromStdString(dir / "notes.txt"));
+        QVERIFY(notes.open(QIODevice::WriteOnly));
+        notes.write("not a picture");
+        notes.close();
+        QCOMPARE(WriteImageFile(dir / "one.bmp", SaveFilterFromName(dir / "one.bmp"), card, {}),
+                 0);
+        auto drop = [this](const QList<QUrl>& urls) {
+            // As a drag does it: entering first, then the drop.
+            QMimeData data;
+            data.setUrls(urls);
+            QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton,
+                                  Qt::NoModifier);
+            QApplication::sendEvent(frame_.get(), &enter);
+            QVERIFY(enter.isAccepted());
+            QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton,
+                             Qt::NoModifier);
+            QApplication::sendEvent(frame_.get(), &event);
+        };
+        drop({QUrl::fromLocalFile(QString::fromStdString(dir / "one.bmp"))});
+        QVERIFY(frame_->ActiveImage());
+        QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
+                 QString::fromStdString(dir / "one.bmp"));
+        // A folder opens the pictures in it, by name, and passes over the rest.
+        QFile::remove(QString::fromStdString(dir / "one.bmp"));
+        drop({QUrl::fromLocalFile(QString::fromStdString(dir.path.string()))});
+        QCOMPARE(ImageWindows(frame_->workspace()).size(), 3);
+        QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
+                 QString::fromStdString(dir / "b.tif"));
     }
 
     void zoomCommandsShowTheirRatioInTheTitle()

@@ -54,8 +54,10 @@ QString StartDirectory()
 }
 
 // Shows the File Open or File Save dialog; `filter` is a FileType or
-// SaveFilter position and comes back as chosen.
-QStringList RunDialog(MainWindow* frame, bool save, int32_t& filter)
+// SaveFilter position and comes back as chosen. A save offers `suggested`,
+// the picture's own name in its own folder, when it has one.
+QStringList RunDialog(MainWindow* frame, bool save, int32_t& filter,
+                      const QString& suggested = QString())
 {
     const QString title = save ? QStringLiteral("File Save") : QStringLiteral("File Open");
     QStringList names;
@@ -73,6 +75,10 @@ QStringList RunDialog(MainWindow* frame, bool save, int32_t& filter)
         QFileDialog dialog(frame, title, StartDirectory());
         dialog.setNameFilters(filters);
         dialog.selectNameFilter(filters.value(std::clamp(filter, 1, int(filters.size())) - 1));
+        if (save && !suggested.isEmpty()) {
+            dialog.setDirectory(QFileInfo(suggested).absolutePath());
+            dialog.selectFile(QFileInfo(suggested).fileName());
+        }
         dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
         dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFiles);
         // The program asks its own question about replacing a file.
@@ -309,7 +315,7 @@ int32_t FileSaveAs(MainWindow* frame, ImageSubWindow* window)
     if (filter == 0) filter = gLastSaveFilter;
     if (filter < 1) filter = std::clamp(CurrentPreferences().defaultSaveFilter, 1, 8);
     for (;;) {
-        const QStringList names = RunDialog(frame, true, filter);
+        const QStringList names = RunDialog(frame, true, filter, Q(r.fileName));
         if (names.isEmpty()) return kErrAborted;
         const SaveFilterInfo* f = FindSaveFilter(filter);
         if (!f) return kErrUnknownFileType;

@@ -9,12 +9,16 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QDropEvent>
+#include <QDragEnterEvent>
 #include <QScrollBar>
 #include <QToolBar>
 #include <QUrl>
 #include <algorithm>
 #include <functional>
 
+#include "files/formats.h"
 #include "files/ui/file_commands.h"
 #include "image/ui/image_window.h"
 #include "image/ui/window_dialogs.h"
@@ -104,6 +108,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), workspace_(new Wo
 {
     setWindowTitle(QString::fromLatin1(kProgramTitle));
     setCentralWidget(workspace_);
+    setAcceptDrops(true);
     BuildMenus();
     BuildToolBar(CurrentState().toolBarSide);
     ImageSubWindow::popupFunction = [this](ImageSubWindow* window, QPoint at) {
@@ -526,6 +531,37 @@ int32_t MainWindow::ShowNewImage(Image&& image, const QString& title)
     workspace_->setActiveSubWindow(window);
     window->UpdateTitle();
     return result;
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (url.isLocalFile()) {
+            event->acceptProposedAction();
+            return;
+        }
+    }
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    workspace_->HideSplash();
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (!url.isLocalFile()) continue;
+        const QString path = url.toLocalFile();
+        if (QFileInfo(path).isDir()) {
+            // A folder: the pictures in it whose type the program knows.
+            const QDir folder(path);
+            for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
+                if (FileTypeFromName(folder.filePath(name).toStdString()) >= 0)
+                    ReportError(FileOpen(this, folder.filePath(name), -1));
+            continue;
+        }
+        // A file of a type the program does not read says so, and the
+        // others still open.
+        ReportError(FileOpen(this, path, -1));
+    }
+    event->acceptProposedAction();
 }
 
 void MainWindow::Cascade()
