@@ -159,8 +159,10 @@ std::string ParamAllowed(const ParamDecl& param)
     }
     case ParamType::Flag: return "no value";
     case ParamType::File:
-        return std::string("a \"") + param.fileKind + " 1.0\" file" +
-               (*param.fileExtension ? std::string(" (") + param.fileExtension + ")" : "");
+        // A parameter file names its format and version ("Curve 1.0"); a
+        // picture is any file the program reads.
+        if (!*param.fileExtension) return std::string("a ") + param.fileKind + " file";
+        return std::string("a \"") + param.fileKind + " 1.0\" file (" + param.fileExtension + ")";
     case ParamType::Group: {
         std::vector<std::string> members = SplitBar(param.members);
         return std::to_string(members.size()) + " integers " + JoinNames(members, ",") +

@@ -31,12 +31,23 @@ int32_t WorkerOutputOpen(const TransformArgs& args, int32_t kind, LineOutput& ou
             return code;
         ClearImagePadding(*args.destination);
     }
-    return LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight,
-                          args.rectTop, args.toImage ? 1 : 0, out);
+    return LineOutputOpen(*args.destination, args.zoom, args.rectLeft, args.rectRight, args.rectTop,
+                          args.toImage ? 1 : 0, out);
 }
 
 int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
                        bool unchanged)
+{
+    const TransformParams& params = *args.params;
+    return RunPlacedPointWorker(
+        args, title,
+        [row, &params](const uint8_t* in, uint8_t* out, int32_t pixels, int32_t channels,
+                       const RowPlace&) { row(in, out, pixels, channels, params); },
+        unchanged);
+}
+
+int32_t RunPlacedPointWorker(const TransformArgs& args, const char* title,
+                             const PlacedRowFunction& row, bool unchanged)
 {
     const Image* source = args.source;
     if (!source || source->kind < kImageBinary || source->kind > kImageColor) return kErrImageType;
@@ -54,6 +65,9 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
         if (int32_t code = ImageAlloc(*args.destination, kind, args.outWidth, args.outHeight,
                                       source->resolution))
             return code;
+        // Padding bytes as the row-by-row path leaves them, so that the
+        // bytes are the same on any number of threads.
+        ClearImagePadding(*args.destination);
         const Image* mask = pass.UsesMask() ? args.params->amount.mask : nullptr;
         WorkerBusy busy;
         busy.Open(args, title);
@@ -62,10 +76,10 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
             [&](int32_t y) {
                 const uint8_t* input = source->rows[y];
                 uint8_t* output = args.destination->rows[y];
-                row(input, output, args.width, channels, *args.params);
+                row(input, output, args.width, channels, RowPlace{y, 0, 1});
                 if (pass.Blends())
-                    AmountBlendRow(pass, input, output, mask ? mask->rows[y] : nullptr,
-                                   args.width, channels);
+                    AmountBlendRow(pass, input, output, mask ? mask->rows[y] : nullptr, args.width,
+                                   channels);
             },
             [&](int32_t done) { return busy.Step(done); });
         busy.Close();
@@ -85,10 +99,12 @@ int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction
     if (!result) {
         WorkerBusy busy;
         busy.Open(args, title);
+        const int32_t step = args.zoom < 0 ? -args.zoom : 1;
         for (int32_t line = 0; line < args.height && !result; ++line) {
             const uint8_t* input = LineInputNext(in);
             uint8_t* output = LineOutputRow(out);
-            row(input, output, args.width, channels, *args.params);
+            row(input, output, args.width, channels,
+                RowPlace{args.sourceY + line * step, args.sourceX, step});
             if (pass.Blends())
                 AmountBlendRow(pass, input, output, pass.UsesMask() ? LineInputNext(mask) : nullptr,
                                args.width, channels);

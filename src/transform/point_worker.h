@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "image/lineio.h"
 #include "transform/registry.h"
@@ -42,5 +43,17 @@ int32_t WorkerOutputOpen(const TransformArgs& args, int32_t kind, LineOutput& ou
 // boxed copy.
 int32_t RunPointWorker(const TransformArgs& args, const char* title, RowFunction row,
                        bool unchanged = false);
+
+// Where a row of a point worker lies in the input: its row as the record
+// counts them, the column of its first pixel, and the step from one computed
+// pixel (and row) to the next, 2 at 1:2. For a row function whose result
+// depends on the place as well as on the pixels (Add Noise).
+struct RowPlace {
+    int32_t y = 0, x = 0, step = 1;
+};
+using PlacedRowFunction = std::function<void(const uint8_t* in, uint8_t* out, int32_t pixels,
+                                             int32_t channels, const RowPlace& place)>;
+int32_t RunPlacedPointWorker(const TransformArgs& args, const char* title,
+                             const PlacedRowFunction& row, bool unchanged = false);
 
 }  // namespace lv

@@ -93,7 +93,9 @@ struct ParamDecl {
     // this number for the first and one more for each next ("200" for "copy").
     int32_t firstCode = 0;
     const char* members = "";   // Group: the Int parameters it sets, in order, "x1|y1|x2|y2"
-    const char* fileKind = "";  // File: the file's format, "Curve" for ".crv" files
+    // File: the file's format, "Curve" for ".crv" files; with no extension,
+    // what any file the program reads holds, "picture".
+    const char* fileKind = "";
     const char* fileExtension = "";  // File: ".crv"
     const char* label = "";     // the panel's label, "Color Space:"
     const char* help = "";      // one line for the command line's list and the reference

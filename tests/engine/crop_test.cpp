@@ -17,6 +17,7 @@
 #include "image/threads.h"
 #include "shell/errors.h"
 #include "support/pictures.h"
+#include "support/previews.h"
 #include "support/scripted_frontend.h"
 #include "transform/frame.h"
 #include "transform/registry.h"
@@ -73,53 +74,10 @@ void OutputSize(const char* name, const Image& source, const Options& options, i
     TransformOutputSize(*FindTransform(name), &source, *ParamsFor(name, options), w, h);
 }
 
-// Runs the module once with one thread and once with four, expects the same
-// bytes, then previews it as the frame does, whole at three zooms and a
-// strip at 1:1 from column 3, and expects the display to show the result.
+// The full result on any number of threads and the previews that show it.
 Image FullAndPreviews(const char* name, const Image& source, const Options& options)
 {
-    Image one, four;
-    SetThreadCount(1);
-    EXPECT_EQ(Apply(name, source, options, one), 0);
-    SetThreadCount(4);
-    EXPECT_EQ(Apply(name, source, options, four), 0);
-    SetThreadCount(0);
-    EXPECT_EQ(Bytes(one), Bytes(four)) << name << " kind " << source.kind;
-
-    TransformFrame frame;
-    ImageWindow input, target;
-    frame.module = FindTransform(name);
-    frame.params = ParamsFor(name, options);
-    EXPECT_EQ(ImageDuplicate(source, input.image), 0);
-    frame.source = &input;
-    FrameStart(frame);
-    PreparePreviewRecord(frame, target, 100000, 100000, 0, 0);
-    const Image& d = target.display;
-    auto run = [&](int32_t zoom, const FrameRect* rect) {
-        const int32_t n = zoom < 0 ? -zoom : 1, m = zoom > 1 ? zoom : 1;
-        target.zoom = zoom;
-        target.viewWidth = (frame.outputWidth + n - 1) / n * m;
-        target.viewHeight = (frame.outputHeight + n - 1) / n * m;
-        EXPECT_EQ(frame.module->worker(FrameArgs(frame, false, target, rect)), 0);
-    };
-    for (int32_t zoom : {-3, 2, 1}) {
-        run(zoom, nullptr);
-        EXPECT_EQ(d.kind, one.kind);
-        for (int32_t r = 0; r < d.height; ++r)
-            for (int32_t c = 0; c < d.width; ++c) {
-                const int32_t x = zoom < 0 ? c * -zoom : c / zoom;
-                const int32_t y = zoom < 0 ? r * -zoom : r / zoom;
-                EXPECT_EQ(Pixel(d, c, r), Pixel(one, x, y)) << name << " zoom " << zoom;
-                if (Pixel(d, c, r) != Pixel(one, x, y)) return one;
-            }
-    }
-    for (int32_t y = 2; y <= 4; ++y) std::memset(d.rows[y], 0, static_cast<size_t>(d.stride));
-    const FrameRect strip{3, 2, d.width - 1, 4};
-    run(1, &strip);
-    for (int32_t y = 2; y <= 4; ++y)
-        for (int32_t x = 0; x < d.width; ++x)
-            EXPECT_EQ(Pixel(d, x, y), x < 3 ? 0u : Pixel(one, x, y)) << name << " strip";
-    return one;
+    return test::FullAndPreviews(name, source, [&] { return ParamsFor(name, options); });
 }
 
 // ---- Crop ----------------------------------------------------------------------------

@@ -188,7 +188,7 @@ TEST(ModuleKit, EveryRegisteredModuleHoldsTogetherAndOpensFromItsCommand)
         EXPECT_TRUE(CommandBuilt(*command)) << m.name;
     }
     // A transformation nobody has registered stays grey.
-    EXPECT_FALSE(CommandBuilt(*FindCommand(4020)));  // Blur
+    EXPECT_FALSE(CommandBuilt(*FindCommand(4004)));  // Warp
     EXPECT_EQ(PanelKindOf(4044), 56);
     EXPECT_EQ(PanelKindOf(kCmdOpen), 0);
 }
