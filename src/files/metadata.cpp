@@ -33,9 +33,12 @@ std::atomic<bool> gOrientOnOpen{true};
 // from another file.
 bool CameraTag(const Exiv2::Exifdatum& d)
 {
-    static const char* const kImageTags[] = {"Exif.Image.Make",      "Exif.Image.Model",
-                                             "Exif.Image.DateTime",  "Exif.Image.Artist",
-                                             "Exif.Image.Copyright", "Exif.Image.Software",
+    static const char* const kImageTags[] = {"Exif.Image.Make",
+                                             "Exif.Image.Model",
+                                             "Exif.Image.DateTime",
+                                             "Exif.Image.Artist",
+                                             "Exif.Image.Copyright",
+                                             "Exif.Image.Software",
                                              "Exif.Image.ImageDescription"};
     if (d.groupName() == "Photo" || d.groupName() == "GPSInfo") return true;
     for (const char* key : kImageTags)
@@ -145,8 +148,8 @@ int32_t MetadataRead(const std::string& path, PictureMetadata& metadata)
         std::string make = Text(exif, "Exif.Image.Make"), model = Text(exif, "Exif.Image.Model");
         // Models often repeat their maker's name.
         metadata.camera = model.rfind(make, 0) == 0 || make.empty() ? model
-                          : model.empty()                            ? make
-                                                                     : make + " " + model;
+                          : model.empty()                           ? make
+                                                                    : make + " " + model;
         metadata.taken = Text(exif, "Exif.Photo.DateTimeOriginal");
         if (metadata.taken.empty()) metadata.taken = Text(exif, "Exif.Image.DateTime");
         metadata.exposure = Exposure(exif);
@@ -167,9 +170,14 @@ int32_t MetadataRead(const std::string& path, PictureMetadata& metadata)
 int32_t ApplyOrientation(Image& image, int32_t orientation)
 {
     // EXIF's orientations and the turns that make the picture stand.
-    static const int32_t kTurn[9] = {0,           kOrientCopy,           kOrientLeftRight,
-                                     kOrientHalfTurn, kOrientTopBottom,  kOrientFallingDiagonal,
-                                     kOrientClockwise, kOrientRisingDiagonal,
+    static const int32_t kTurn[9] = {0,
+                                     kOrientCopy,
+                                     kOrientLeftRight,
+                                     kOrientHalfTurn,
+                                     kOrientTopBottom,
+                                     kOrientFallingDiagonal,
+                                     kOrientClockwise,
+                                     kOrientRisingDiagonal,
                                      kOrientCounterClockwise};
     if (orientation < 2 || orientation > 8 || !image.rows) return kOk;
     Image turned;

@@ -85,8 +85,8 @@ int32_t Worker(const TransformArgs& args)
                 DifferenceRow(input, aChannels, with->rows[y], bChannels, output, channels,
                               args.width);
                 if (pass.Blends())
-                    AmountBlendRow(pass, input, output, mask ? mask->rows[y] : nullptr,
-                                   args.width, channels);
+                    AmountBlendRow(pass, input, output, mask ? mask->rows[y] : nullptr, args.width,
+                                   channels);
             },
             [&](int32_t done) { return busy.Step(done); });
         busy.Close();

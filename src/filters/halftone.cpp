@@ -97,8 +97,7 @@ int32_t CacheOpen(const HalftoneJob& job, MeanCache& cache)
 }
 
 // 0 or 255 for one channel of picture pixel (x, y).
-uint8_t ScreenLevel(const HalftoneJob& job, MeanCache& cache, int32_t x, int32_t y,
-                    int32_t channel)
+uint8_t ScreenLevel(const HalftoneJob& job, MeanCache& cache, int32_t x, int32_t y, int32_t channel)
 {
     const Screen& screen = job.screens[channel];
     const double s = job.size;
@@ -159,8 +158,8 @@ int32_t RunLines(const HalftoneJob& job, const TransformArgs& args, const Amount
     if (!result && pass.Blends())
         result = LineInputOpen(*job.source, job.sourceX, y, args.zoom, job.width, in);
     if (!result && pass.UsesMask())
-        result = LineInputOpen(*args.params->amount.mask, job.sourceX, y, args.zoom, job.width,
-                               mask);
+        result =
+            LineInputOpen(*args.params->amount.mask, job.sourceX, y, args.zoom, job.width, mask);
     for (int32_t line = first; line < first + count && !result; ++line) {
         ScreenRow(job, cache, line, row.get());
         if (pass.Blends())
@@ -221,17 +220,16 @@ int32_t Worker(const TransformArgs& args)
             bands,
             [&](int32_t band) {
                 const int32_t first = band * kBandLines;
-                codes[band] = RunLines(job, args, pass, first,
-                                       std::min(kBandLines, args.height - first),
-                                       [&](int32_t line, const uint8_t* row) {
-                                           if (binary)
-                                               PackRow(row, d.rows[line], args.width, 0);
-                                           else
-                                               CopyBytes(row, d.rows[line],
-                                                         static_cast<size_t>(args.width) *
-                                                             job.channels);
-                                           return int32_t{kOk};
-                                       });
+                codes[band] =
+                    RunLines(job, args, pass, first, std::min(kBandLines, args.height - first),
+                             [&](int32_t line, const uint8_t* row) {
+                                 if (binary)
+                                     PackRow(row, d.rows[line], args.width, 0);
+                                 else
+                                     CopyBytes(row, d.rows[line],
+                                               static_cast<size_t>(args.width) * job.channels);
+                                 return int32_t{kOk};
+                             });
             },
             [&](int32_t done) {
                 return busy.Step(std::min((done + 1) * kBandLines, args.height) - 1);

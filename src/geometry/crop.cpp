@@ -207,8 +207,8 @@ int32_t crop_run(const TransformArgs& args, const CropBox& box)
     LineOutput out;
     LineInputReset(in);
     LineOutputReset(out);
-    int32_t result = LineInputOpen(source, args.sourceX + box.x1, args.sourceY + box.y1,
-                                   args.zoom, args.width, in);
+    int32_t result = LineInputOpen(source, args.sourceX + box.x1, args.sourceY + box.y1, args.zoom,
+                                   args.width, in);
     if (!result) result = WorkerOutputOpen(args, source.kind, out);
     if (!result) {
         WorkerBusy busy;

@@ -113,7 +113,8 @@ const TransformRegistration kCrop({
                 .defaultValue = 1,
                 .decimals = 3,
                 .label = "Width/Height:",
-                .help = "the width of the Custom proportions, taken as given whatever the orientation",
+                .help =
+                    "the width of the Custom proportions, taken as given whatever the orientation",
             },
             {
                 .name = "custom-height",

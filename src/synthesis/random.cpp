@@ -29,8 +29,8 @@ int32_t RandomStreamState(int32_t seed, int64_t stream)
 {
     // The seed and the stream number mixed through a 64-bit finaliser, so
     // neighbouring rows or seeds land at unrelated places in the sequence.
-    uint64_t z = (static_cast<uint64_t>(static_cast<uint32_t>(seed)) << 32) ^
-                 static_cast<uint64_t>(stream);
+    uint64_t z =
+        (static_cast<uint64_t>(static_cast<uint32_t>(seed)) << 32) ^ static_cast<uint64_t>(stream);
     z += 0x9E3779B97F4A7C15ull;
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;

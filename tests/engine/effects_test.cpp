@@ -193,8 +193,7 @@ TEST(AddNoise, StrengthZeroIsACopyAndTheMeanStays)
     // deviation of 20: the mean as close, the deviation within 1 of 20.
     const Image flat = Flat(kImageGray, 200, 200, 128);
     for (const char* distribution : {"uniform", "gaussian"}) {
-        ASSERT_EQ(Apply("add-noise", flat, {{"strength", "40"}, {"distribution", distribution}},
-                        r),
+        ASSERT_EQ(Apply("add-noise", flat, {{"strength", "40"}, {"distribution", distribution}}, r),
                   0);
         double sum = 0, squares = 0;
         int32_t low = 255, high = 0;
@@ -271,10 +270,11 @@ TEST(Difference, ItselfItsNegativeAndMixedKinds)
     ASSERT_EQ(ImageAlloc(ramp, kImageGray, 256, 1, 300.0), 0);
     ASSERT_EQ(ImageAlloc(negative, kImageGray, 256, 1, 300.0), 0);
     for (int32_t v = 0; v < 256; ++v)
-        ramp.rows[0][v] = static_cast<uint8_t>(v), negative.rows[0][v] = static_cast<uint8_t>(255 - v);
+        ramp.rows[0][v] = static_cast<uint8_t>(v),
+        negative.rows[0][v] = static_cast<uint8_t>(255 - v);
     ASSERT_EQ(DifferenceOf(ramp, &negative, r), 0);
-    const std::vector<std::pair<int32_t, int32_t>> levels = {
-        {0, 255}, {100, 55}, {127, 1}, {128, 1}, {200, 145}, {255, 255}};
+    const std::vector<std::pair<int32_t, int32_t>> levels = {{0, 255}, {100, 55},  {127, 1},
+                                                             {128, 1}, {200, 145}, {255, 255}};
     for (const auto& [v, want] : levels) EXPECT_EQ(r.rows[0][v], want) << v;
     // Gray 100 against blue 10, green 100, red 250 is colour 90, 0, 150,
     // either way round; binary white against gray 200 is gray 55.
@@ -282,7 +282,8 @@ TEST(Difference, ItselfItsNegativeAndMixedKinds)
     Image colour;
     ASSERT_EQ(ImageAlloc(colour, kImageColor, 2, 1, 300.0), 0);
     for (int32_t x = 0; x < 2; ++x)
-        colour.rows[0][3 * x] = 10, colour.rows[0][3 * x + 1] = 100, colour.rows[0][3 * x + 2] = 250;
+        colour.rows[0][3 * x] = 10, colour.rows[0][3 * x + 1] = 100,
+                           colour.rows[0][3 * x + 2] = 250;
     for (bool swapped : {false, true}) {
         ASSERT_EQ(swapped ? DifferenceOf(colour, &gray, r) : DifferenceOf(gray, &colour, r), 0);
         EXPECT_EQ(r.kind, kImageColor);
@@ -388,9 +389,9 @@ TEST(Halftone, AnUnturnedScreenByHand)
     // (2, 2): the four pixel centres at 0.5 from it, and no others (the next
     // are at 2.5).
     Image r;
-    ASSERT_EQ(Apply("halftone", Flat(kImageGray, 16, 12, 64), {{"cell-size", "4"}, {"angle", "0"}},
-                    r),
-              0);
+    ASSERT_EQ(
+        Apply("halftone", Flat(kImageGray, 16, 12, 64), {{"cell-size", "4"}, {"angle", "0"}}, r),
+        0);
     for (int32_t y = 0; y < 12; ++y)
         for (int32_t x = 0; x < 16; ++x) {
             const bool inside = (x % 4 == 1 || x % 4 == 2) && (y % 4 == 1 || y % 4 == 2);

@@ -76,9 +76,9 @@ inline Image FullAndPreviews(const char* name, const Image& source, const Params
     Image one, two;
     for (int32_t threads : {1, 2}) {
         SetThreadCount(threads);
-        EXPECT_EQ(RunTransformToImage(*FindTransform(name), *make(), &source,
-                                      threads == 1 ? one : two),
-                  0)
+        EXPECT_EQ(
+            RunTransformToImage(*FindTransform(name), *make(), &source, threads == 1 ? one : two),
+            0)
             << name;
     }
     SetThreadCount(0);
