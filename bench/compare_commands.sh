@@ -124,7 +124,7 @@ compare "Unsharp Mask, radius 2" \
   "$cli apply sharpen --method unsharp --radius 2 $w/in.tif $w/f3.tif" \
   "$vips sharpen $w/in.tif $w/u3.tif --sigma 2" "$im $w/in.tif -unsharp 0x2 -compress none $w/x3.tif"
 compare "Median 3x3" "$cli apply blur --method median3 $w/in.tif $w/f4.tif" \
-  "$vips median $w/in.tif $w/u4.tif 3" "$im $w/in.tif -median 3 -compress none $w/x4.tif"
+  "$vips rank $w/in.tif $w/u4.tif 3 3 4" "$im $w/in.tif -median 3 -compress none $w/x4.tif"
 fi
 [ "$set_name" = all ] || [ "$set_name" = codecs ] || exit 0
 compare "JPEG to TIFF" "$cli convert $w/in.jpg $w/a.tif" \

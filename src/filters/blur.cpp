@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <utility>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "filters/filter_panel.h"
 #include "filters/gaussian.h"
 #include "filters/neighbourhood.h"
@@ -62,11 +66,67 @@ inline uint8_t Median25(uint8_t* slots, uint8_t* fresh)
     return top[0];
 }
 
+#if defined(__SSE2__)
+// The medians of a row whose neighbours lie side by side (no zoom step):
+// output byte j is the middle of the nine bytes around byte j of the
+// centre rows, by the same network as Median9 on sixteen bytes at a time.
+// Returns how many bytes it did; the rest go the plain way.
+int32_t Median3Side(const WindowRow& row, int32_t channels)
+{
+    const int32_t count = row.width * channels;
+    const uint8_t* t = row.rows[0] + channels;
+    const uint8_t* m = row.rows[1] + channels;
+    const uint8_t* b = row.rows[2] + channels;
+    auto at = [](const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
+    auto order = [](__m128i& x, __m128i& y) {
+        const __m128i low = _mm_min_epu8(x, y);
+        y = _mm_max_epu8(x, y);
+        x = low;
+    };
+    int32_t j = 0;
+    for (; j + 16 <= count; j += 16) {
+        __m128i p[9] = {at(t + j - channels), at(t + j), at(t + j + channels),
+                        at(m + j - channels), at(m + j), at(m + j + channels),
+                        at(b + j - channels), at(b + j), at(b + j + channels)};
+        order(p[1], p[2]), order(p[4], p[5]), order(p[7], p[8]);
+        order(p[0], p[1]), order(p[3], p[4]), order(p[6], p[7]);
+        order(p[1], p[2]), order(p[4], p[5]), order(p[7], p[8]);
+        order(p[0], p[3]), order(p[5], p[8]), order(p[4], p[7]);
+        order(p[3], p[6]), order(p[1], p[4]), order(p[2], p[5]);
+        order(p[4], p[7]), order(p[4], p[2]), order(p[6], p[4]);
+        order(p[4], p[2]);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(row.out + j), p[4]);
+    }
+    return j;
+}
+#endif
+
 template <int32_t C, int32_t Method>
 void Radius1Row(const WindowRow& row, const AmountPass& pass)
 {
     const bool blends = pass.Blends();
-    for (int32_t i = 0; i < row.width; ++i) {
+    int32_t first = 0;
+#if defined(__SSE2__)
+    if constexpr (Method == kBlurMedian3) {
+        if (row.advance == C) {
+            // Sixteen bytes at a time, then the Amount over the pixels they
+            // made whole; the plain loop does the rest.
+            const int32_t done = Median3Side(row, C) / C;
+            if (blends) {
+                const uint8_t* m = row.rows[1] + C;
+                for (int32_t i = 0; i < done; ++i) {
+                    const uint8_t k = LevelAt(pass, row.mask, i);
+                    for (int32_t c = 0; c < C; ++c) {
+                        uint8_t& out = row.out[i * C + c];
+                        out = Lerp8(m[i * C + c], out, k);
+                    }
+                }
+            }
+            first = done;
+        }
+    }
+#endif
+    for (int32_t i = first; i < row.width; ++i) {
         const size_t base = static_cast<size_t>(i) * row.advance + C;
         const uint8_t* t = row.rows[0] + base;
         const uint8_t* m = row.rows[1] + base;
