@@ -2,6 +2,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <thread>
+#include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "image/lineio.h"
 #include "image/memory.h"
@@ -169,14 +178,17 @@ int32_t GaussianColumns(const Image& source, int32_t sourceX, int32_t sourceY, i
     return result;
 }
 
-void GaussianRow(const GaussianScratch& scratch, int32_t j, int32_t width, uint8_t* a, uint8_t* b,
-                 uint8_t* out)
+namespace {
+
+// The second stage of one row: the first stage's row (`length` pixels)
+// box-passed twice and read at 2r + i * step.
+void HorizontalPasses(const uint8_t* line, int32_t length, int32_t r, int32_t ch, int32_t step,
+                      int32_t width, uint8_t* a, uint8_t* b, uint8_t* out)
 {
-    const int32_t r = scratch.radius, ch = scratch.channels;
-    BoxPass(scratch.image.rows[j], a, scratch.rowLength, r, ch);
-    BoxPass(a, b, scratch.rowLength, r, ch);
+    BoxPass(line, a, length, r, ch);
+    BoxPass(a, b, length, r, ch);
     const uint8_t* p = b + static_cast<size_t>(2 * r) * ch;
-    const size_t stride = static_cast<size_t>(scratch.step) * ch;
+    const size_t stride = static_cast<size_t>(step) * ch;
     if (ch == 1) {
         for (int32_t i = 0; i < width; ++i) out[i] = p[i * stride];
         return;
@@ -184,6 +196,184 @@ void GaussianRow(const GaussianScratch& scratch, int32_t j, int32_t width, uint8
     for (int32_t i = 0; i < width; ++i, p += stride, out += 3)
         out[0] = p[0], out[1] = p[1], out[2] = p[2];
 }
+
+}  // namespace
+
+void GaussianRow(const GaussianScratch& scratch, int32_t j, int32_t width, uint8_t* a, uint8_t* b,
+                 uint8_t* out)
+{
+    HorizontalPasses(scratch.image.rows[j], scratch.rowLength, scratch.radius, scratch.channels,
+                     scratch.step, width, a, b, out);
+}
+
+namespace {
+
+// The first stage of a full result at 1:1 without the scratch: the two box
+// passes down every column at once, row by row, with running sums across
+// the whole row. Row j is the column passes' sample at 2r + j, exactly as
+// GaussianColumns keeps it (the same sums, the same copied samples at the
+// line's end), so the second stage cannot tell the two apart. The rows are
+// asked in rising order; any other row starts the sums afresh.
+class VerticalPasses {
+public:
+    bool Open(const Image& source, int32_t radius)
+    {
+        source_ = &source;
+        r_ = radius;
+        w_ = 2 * radius + 1;
+        ch_ = source.kind == kImageColor ? 3 : 1;
+        n_ = source.height + 4 * radius;
+        end_ = n_ - 1 - radius;
+        length_ = static_cast<size_t>(source.width + 4 * radius) * ch_;
+        ring_ = 2 * radius + 2;
+        // The quotient S / w as S * (1 / w) + 1 / (2 w), truncated: S / w
+        // is a multiple of 1 / w, so the half never reaches the next
+        // integer, and the rounding (below 1e-4) never crosses one.
+        inverse_ = 1.0f / static_cast<float>(w_);
+        half_ = 0.5f / static_cast<float>(w_);
+        columns_ = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[length_ / ch_]);
+        a_ = AllocBytes(length_ * ring_);
+        b_ = AllocBytes(length_ * ring_);
+        out_ = AllocBytes(length_);
+        s1_ = std::unique_ptr<uint32_t[]>(new (std::nothrow) uint32_t[length_]);
+        s2_ = std::unique_ptr<uint32_t[]>(new (std::nothrow) uint32_t[length_]);
+        if (!columns_ || !a_ || !b_ || !out_ || !s1_ || !s2_) return false;
+        for (size_t x = 0; x < length_ / ch_; ++x)
+            columns_[x] = ReflectIndex(static_cast<int64_t>(x) - 2 * r_, source.width);
+        return true;
+    }
+
+    // Row j of the first stage, `length` bytes.
+    const uint8_t* Row(int32_t j)
+    {
+        const int32_t t = 2 * r_ + j;
+        if (t != next_) {
+            Start(t);
+        } else {
+            MakeB();  // B[t + r]
+            Add(s2_.get(), B(t + r_), B(t - r_ - 1));
+        }
+        next_ = t + 1;
+        Divide(s2_.get(), out_.get());
+        return out_.get();
+    }
+
+private:
+    uint8_t* A(int32_t v) const { return a_.get() + static_cast<size_t>(v % ring_) * length_; }
+    uint8_t* B(int32_t u) const { return b_.get() + static_cast<size_t>(u % ring_) * length_; }
+
+    // Line position v of every column: the source row reflected, and its
+    // columns reflected about the picture's sides.
+    void Gather(int32_t v)
+    {
+        const Image& s = *source_;
+        const uint8_t* row = s.rows[ReflectIndex(int64_t{v} - 2 * r_, s.height)];
+        uint8_t* out = A(v);
+        const size_t count = length_ / ch_;
+        if (s.kind == kImageBinary) {
+            for (size_t x = 0; x < count; ++x) out[x] = GetBit(row, columns_[x]) ? 255 : 0;
+        } else {
+            // The picture's own columns in one copy, the reflected margins
+            // pixel by pixel.
+            const size_t margin = 2 * static_cast<size_t>(r_), inside = count - 2 * margin;
+            CopyBytes(row, out + margin * ch_, inside * ch_);
+            for (size_t x = 0; x < count; x = x + 1 == margin ? margin + inside : x + 1) {
+                const uint8_t* p = row + static_cast<size_t>(columns_[x]) * ch_;
+                for (int32_t c = 0; c < ch_; ++c) out[x * ch_ + c] = p[c];
+            }
+        }
+    }
+
+    void Divide(const uint32_t* sums, uint8_t* out) const
+    {
+        const float inverse = inverse_, half = half_;
+        size_t i = 0;
+#if defined(__SSE2__)
+        const __m128 scale = _mm_set1_ps(inverse), offset = _mm_set1_ps(half);
+        auto four = [&](size_t at) {
+            const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(sums + at));
+            return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(_mm_cvtepi32_ps(s), scale), offset));
+        };
+        for (; i + 16 <= length_; i += 16) {
+            const __m128i low = _mm_packs_epi32(four(i), four(i + 4));
+            const __m128i high = _mm_packs_epi32(four(i + 8), four(i + 12));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(low, high));
+        }
+#endif
+        for (; i < length_; ++i)
+            out[i] = static_cast<uint8_t>(
+                static_cast<int32_t>(static_cast<float>(sums[i]) * inverse + half));
+    }
+
+    static void Sum(uint32_t* sums, const uint8_t* row, size_t length, bool first)
+    {
+        for (size_t i = 0; i < length; ++i) sums[i] = (first ? 0 : sums[i]) + row[i];
+    }
+
+    // sums += in - out, byte by byte.
+    void Add(uint32_t* sums, const uint8_t* in, const uint8_t* out) const
+    {
+        size_t i = 0;
+#if defined(__SSE2__)
+        const __m128i zero = _mm_setzero_si128();
+        for (; i + 16 <= length_; i += 16) {
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(out + i));
+            // Sixteen differences as 16-bit words, then widened with their sign.
+            const __m128i dLow =
+                _mm_sub_epi16(_mm_unpacklo_epi8(a, zero), _mm_unpacklo_epi8(b, zero));
+            const __m128i dHigh =
+                _mm_sub_epi16(_mm_unpackhi_epi8(a, zero), _mm_unpackhi_epi8(b, zero));
+            const __m128i d[4] = {_mm_srai_epi32(_mm_unpacklo_epi16(dLow, dLow), 16),
+                                  _mm_srai_epi32(_mm_unpackhi_epi16(dLow, dLow), 16),
+                                  _mm_srai_epi32(_mm_unpacklo_epi16(dHigh, dHigh), 16),
+                                  _mm_srai_epi32(_mm_unpackhi_epi16(dHigh, dHigh), 16)};
+            for (int k = 0; k < 4; ++k) {
+                auto* at = reinterpret_cast<__m128i*>(sums + i + 4 * k);
+                _mm_storeu_si128(at, _mm_add_epi32(_mm_loadu_si128(at), d[k]));
+            }
+        }
+#endif
+        for (; i < length_; ++i) sums[i] = sums[i] + in[i] - out[i];
+    }
+
+    // B[u_], the first pass at u_: the mean of A[u_ - r .. u_ + r], or past
+    // the computed part the sample itself; then the sums move one on.
+    void MakeB()
+    {
+        if (u_ < end_)
+            Divide(s1_.get(), B(u_));
+        else
+            CopyBytes(A(u_), B(u_), length_);
+        if (u_ + r_ + 1 <= n_ - 1) {
+            Gather(u_ + r_ + 1);
+            Add(s1_.get(), A(u_ + r_ + 1), A(u_ - r_));
+        }
+        ++u_;
+    }
+
+    void Start(int32_t t)
+    {
+        u_ = t - r_;
+        for (int32_t v = u_ - r_; v <= u_ + r_; ++v) {
+            Gather(v);
+            Sum(s1_.get(), A(v), length_, v == u_ - r_);
+        }
+        for (int32_t k = 0; k < w_; ++k) MakeB();  // B[t - r .. t + r]
+        for (int32_t u = t - r_; u <= t + r_; ++u) Sum(s2_.get(), B(u), length_, u == t - r_);
+    }
+
+    const Image* source_ = nullptr;
+    int32_t r_ = 1, w_ = 3, ch_ = 1, n_ = 0, end_ = 0, ring_ = 4;
+    size_t length_ = 0;
+    float inverse_ = 0, half_ = 0;
+    int32_t next_ = -1, u_ = 0;
+    std::unique_ptr<int32_t[]> columns_;
+    std::unique_ptr<uint8_t[]> a_, b_, out_;
+    std::unique_ptr<uint32_t[]> s1_, s2_;
+};
+
+}  // namespace
 
 int32_t RunGaussianFilter(const TransformArgs& args, const char* title, int32_t radius,
                           const GaussianFinish& finish)
@@ -213,31 +403,62 @@ int32_t RunGaussianFilter(const TransformArgs& args, const char* title, int32_t 
     else
         SetWaitCursor();
     const bool parallel = ThreadCount() > 1 && rowLength * columnLength >= kParallelPixels;
-    GaussianScratch scratch;
-    if (!result)
-        result = GaussianColumns(
-            source, args.sourceX, args.sourceY, step, width, height, r, parallel, scratch,
-            [&](int32_t column) { return boxed ? ProgressStep(column) : int32_t{kOk}; });
-
-    const size_t line = static_cast<size_t>(rowLength) * ch;
-    const size_t pixels = static_cast<size_t>(width) * ch;
-    // A full result made at once: each row straight into its place.
+    // A full result made at once: the first stage row by row with running
+    // sums (no scratch), each row then straight into its place, the rows
+    // shared among the threads.
     const bool direct = !result && parallel && args.toImage && WholeOutput(args) &&
                         args.zoom == 1 && args.sourceX == 0 && args.sourceY == 0 &&
                         width == source.width && height == source.height &&
                         (!mask || mask->kind == kImageGray);
-    if (direct) {
+    GaussianScratch scratch;
+    if (!result && !direct)
+        result = GaussianColumns(
+            source, args.sourceX, args.sourceY, step, width, height, r, parallel, scratch,
+            [&](int32_t column) { return boxed ? ProgressStep(column) : int32_t{kOk}; });
+    if (!result && direct && boxed) result = ProgressStep(lastColumn);
+
+    const size_t line = static_cast<size_t>(rowLength) * ch;
+    const size_t pixels = static_cast<size_t>(width) * ch;
+    if (direct && !result) {
+        // Each thread's own passes and lines, found by its thread.
+        struct Worker {
+            std::thread::id thread;
+            VerticalPasses passes;
+            std::unique_ptr<uint8_t[]> a, b, blurred, expanded;
+        };
+        std::mutex workersLock;
+        std::vector<std::unique_ptr<Worker>> workers;
+        auto workerOfThisThread = [&]() -> Worker* {
+            const std::lock_guard<std::mutex> hold(workersLock);
+            for (auto& w : workers)
+                if (w->thread == std::this_thread::get_id()) return w.get();
+            auto made = std::unique_ptr<Worker>(new (std::nothrow) Worker());
+            if (!made) return nullptr;
+            made->thread = std::this_thread::get_id();
+            made->a = AllocBytes(line);
+            made->b = AllocBytes(line);
+            made->blurred = AllocBytes(pixels);
+            made->expanded = AllocBytes(source.kind == kImageBinary ? pixels : 1);
+            if (!made->a || !made->b || !made->blurred || !made->expanded ||
+                !made->passes.Open(source, r))
+                return nullptr;
+            workers.push_back(std::move(made));
+            return workers.back().get();
+        };
         std::atomic<bool> shortOfMemory{false};
         result = ParallelRows(
             height,
             [&](int32_t j) {
-                auto a = AllocBytes(line), b = AllocBytes(line), blurred = AllocBytes(pixels);
-                auto expanded = AllocBytes(source.kind == kImageBinary ? pixels : 0);
-                if (!a || !b || !blurred || !expanded) {
+                Worker* w = workerOfThisThread();
+                if (!w) {
                     shortOfMemory = true;
                     return;
                 }
-                GaussianRow(scratch, j, width, a.get(), b.get(), blurred.get());
+                const uint8_t* first = w->passes.Row(j);
+                HorizontalPasses(first, static_cast<int32_t>(rowLength), r, ch, 1, width,
+                                 w->a.get(), w->b.get(), w->blurred.get());
+                auto& blurred = w->blurred;
+                auto& expanded = w->expanded;
                 const uint8_t* c = source.rows[j];
                 if (source.kind == kImageBinary) {
                     for (int32_t i = 0; i < width; ++i) expanded[i] = GetBit(c, i) ? 255 : 0;
