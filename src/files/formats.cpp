@@ -6,15 +6,15 @@
 #include <string>
 
 #include "files/codec_io.h"
-#include "files/metadata.h"
 #include "files/jpeg.h"
 #include "files/library.h"
+#include "files/metadata.h"
 #include "image/memory.h"
 #include "image/pixel.h"
 #include "image/progress.h"
 #include "shell/errors.h"
-#include "shell/safe_write.h"
 #include "shell/frontend.h"
+#include "shell/safe_write.h"
 #include "shell/text.h"
 
 namespace lv {
@@ -84,7 +84,7 @@ struct ReadContext {
     bool showBox = false;
     bool boxOpen = false;
     int32_t format = 0;
-    bool outOfMemory = false;  // the picture could not be made: code 1
+    bool outOfMemory = false;     // the picture could not be made: code 1
     PictureInfo* info = nullptr;  // set: only the header is read, into it
 };
 
@@ -151,8 +151,8 @@ int32_t ReadHeader(const LibraryHeader& header, void* context)
     // The record refuses a picture larger than the memory before taking any.
     if (ImageAlloc(*c.image, kind, header.width, header.height, resolution) || !c.image->rows) {
         c.outOfMemory = true;
-        return Refuse(FormatText("a picture of %d x %d pixels does not fit in memory",
-                                 header.width, header.height));
+        return Refuse(FormatText("a picture of %d x %d pixels does not fit in memory", header.width,
+                                 header.height));
     }
     c.rowCount = 0;
     if (c.showBox) {
@@ -244,9 +244,13 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
 
     SafeWrite write;
     if (SafeWriteOpen(write, path) != kOk) return kErrWriting;
-    const MetadataWrite withMetadata{format == kFormatTiff || format == kFormatPng ? metadata
-                                                                                  : nullptr,
-                                     image.width, image.height};
+    // A TIFF takes its metadata as fields of its own; a PNG has it put in
+    // once written.
+    TiffMetadataTags tiffTags;
+    if (format == kFormatTiff && metadata && MetadataTiffTags(*metadata, tiffTags))
+        header.tiffTags = &tiffTags;
+    const MetadataWrite withMetadata{format == kFormatPng ? metadata : nullptr, image.width,
+                                     image.height};
     MetadataWriteInto(write, withMetadata);
     ProgressOpen(0, image.height - 1, "File Save", true);
     WriteContext context{&image};
@@ -432,13 +436,11 @@ int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& ima
     // Every writer puts its file in the target's place only when it is
     // complete (shell/safe_write.h); any failure is the format's write error,
     // with the reason left where it happened.
-    int32_t result =
-        filter == kSaveJpeg
-            ? JPEGWrite(path, image, options.jpegQuality, options.jpegSampling,
-                        options.jpegPalette, options.metadata)
-            : WriteWithLibrary(path, image, f->format, options.metadata);
-    if (result != kOk && result != kErrAborted && result != kErrOutOfMemory)
-        result = f->writeError;
+    int32_t result = filter == kSaveJpeg
+                         ? JPEGWrite(path, image, options.jpegQuality, options.jpegSampling,
+                                     options.jpegPalette, options.metadata)
+                         : WriteWithLibrary(path, image, f->format, options.metadata);
+    if (result != kOk && result != kErrAborted && result != kErrOutOfMemory) result = f->writeError;
     return result;
 }
 

@@ -50,6 +50,8 @@ struct LibraryHeader {
     int32_t colorsUsed = 0;
     int32_t colorsImportant = 0;
     uint8_t palette[256][4] = {};
+    // TIFF: the metadata fields to set among the writer's own, or null.
+    const struct TiffMetadataTags* tiffTags = nullptr;
 };
 
 // Resolutions in the header: TIFF gives pixels per inch; the other formats

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "geometry/mirror_rotate.h"
 #include "shell/errors.h"
@@ -139,6 +140,19 @@ int32_t MetadataRead(const std::string& path, PictureMetadata& metadata)
                 if (CameraTag(d) || d.key() == "Exif.Image.Orientation") kept.add(d);
             blocks->exif = kept;
         }
+        // A TIFF written here keeps the photographic EXIF in its XMP: it is
+        // EXIF again for what is shown and for the files made from it.
+        bool photo = false;
+        for (const Exiv2::Exifdatum& d : blocks->exif)
+            if (d.groupName() == "Photo") photo = true;
+        if (!photo && !blocks->xmp.empty()) {
+            Exiv2::ExifData fromXmp;
+            Exiv2::copyXmpToExif(blocks->xmp, fromXmp);
+            for (const Exiv2::Exifdatum& d : fromXmp)
+                if (CameraTag(d) &&
+                    blocks->exif.findKey(Exiv2::ExifKey(d.key())) == blocks->exif.end())
+                    blocks->exif.add(d);
+        }
         const Exiv2::ExifData& exif = blocks->exif;
         const auto orientation = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
         if (orientation != exif.end() && orientation->count() > 0) {
@@ -154,9 +168,12 @@ int32_t MetadataRead(const std::string& path, PictureMetadata& metadata)
         if (metadata.taken.empty()) metadata.taken = Text(exif, "Exif.Image.DateTime");
         metadata.exposure = Exposure(exif);
         metadata.profileName = ProfileName(blocks->icc);
-        if (!blocks->exif.empty() || !blocks->iptc.empty() || !blocks->xmp.empty() ||
-            !blocks->icc.empty())
-            metadata.blocks = std::move(blocks);
+        // An orientation alone says nothing once the picture stands: such a
+        // file has no metadata worth carrying.
+        bool describes = !blocks->iptc.empty() || !blocks->xmp.empty() || !blocks->icc.empty();
+        for (const Exiv2::Exifdatum& d : blocks->exif)
+            if (d.key() != "Exif.Image.Orientation") describes = true;
+        if (describes) metadata.blocks = std::move(blocks);
     } catch (const std::bad_alloc&) {
         metadata = PictureMetadata();
         return kErrOutOfMemory;
@@ -186,14 +203,13 @@ int32_t ApplyOrientation(Image& image, int32_t orientation)
     return kOk;
 }
 
-int32_t MetadataInsert(std::vector<uint8_t>& file, const PictureMetadata& metadata, int32_t width,
+int32_t MetadataInsert(const std::string& path, const PictureMetadata& metadata, int32_t width,
                        int32_t height)
 {
-    if (!metadata.blocks || file.empty()) return kOk;
+    if (!metadata.blocks) return kOk;
     const MetadataBlocks& blocks = *metadata.blocks;
     try {
-        Exiv2::Image::AutoPtr image =
-            Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
+        Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path, false);
         if (!image.get()) return kOk;
         const int type = image->imageType();
         image->readMetadata();  // what our own writer put there (a TIFF's layout tags)
@@ -223,14 +239,9 @@ int32_t MetadataInsert(std::vector<uint8_t>& file, const PictureMetadata& metada
             Exiv2::DataBuf icc(blocks.icc.data(), static_cast<long>(blocks.icc.size()));
             image->setIccProfile(icc, false);
         }
+        // The new file is made in memory and written over the old one's
+        // bytes, in the same file.
         image->writeMetadata();
-        Exiv2::BasicIo& io = image->io();
-        const long size = io.size();
-        if (size <= 0) return kOk;
-        std::vector<uint8_t> written(static_cast<size_t>(size));
-        io.seek(0, Exiv2::BasicIo::beg);
-        if (io.read(written.data(), size) != size) return kOk;
-        file.swap(written);
     } catch (const std::bad_alloc&) {
         return kErrOutOfMemory;
     } catch (const std::exception& e) {
@@ -241,12 +252,55 @@ int32_t MetadataInsert(std::vector<uint8_t>& file, const PictureMetadata& metada
     return kOk;
 }
 
+bool MetadataTiffTags(const PictureMetadata& metadata, TiffMetadataTags& tags)
+{
+    tags = TiffMetadataTags();
+    if (!metadata.blocks) return false;
+    const MetadataBlocks& blocks = *metadata.blocks;
+    try {
+        const Exiv2::ExifData& exif = blocks.exif;
+        tags.make = Text(exif, "Exif.Image.Make");
+        tags.model = Text(exif, "Exif.Image.Model");
+        tags.dateTime = Text(exif, "Exif.Image.DateTime");
+        tags.artist = Text(exif, "Exif.Image.Artist");
+        tags.copyright = Text(exif, "Exif.Image.Copyright");
+        tags.software = Text(exif, "Exif.Image.Software");
+        tags.description = Text(exif, "Exif.Image.ImageDescription");
+        // The photograph's tags as XMP; none of the old file's layout, nor
+        // its orientation, now that the pixels stand.
+        Exiv2::ExifData photographic;
+        for (const Exiv2::Exifdatum& d : exif)
+            if (d.groupName() == "Photo" || d.groupName() == "GPSInfo") photographic.add(d);
+        Exiv2::XmpData xmp = blocks.xmp;
+        Exiv2::copyExifToXmp(photographic, xmp);
+        for (const char* key :
+             {"Xmp.tiff.Orientation", "Xmp.exif.PixelXDimension", "Xmp.exif.PixelYDimension"}) {
+            const auto found = xmp.findKey(Exiv2::XmpKey(key));
+            if (found != xmp.end()) xmp.erase(found);
+        }
+        if (!xmp.empty() && Exiv2::XmpParser::encode(tags.xmp, xmp) != 0) tags.xmp.clear();
+        tags.icc = blocks.icc;
+        if (!blocks.iptc.empty()) {
+            const Exiv2::DataBuf iptc = Exiv2::IptcParser::encode(blocks.iptc);
+            tags.iptc.assign(iptc.pData_, iptc.pData_ + iptc.size_);
+            tags.iptc.resize((tags.iptc.size() + 3) / 4 * 4, 0);
+        }
+    } catch (...) {
+        tags = TiffMetadataTags();
+        return false;
+    }
+    return !tags.make.empty() || !tags.model.empty() || !tags.dateTime.empty() ||
+           !tags.artist.empty() || !tags.copyright.empty() || !tags.software.empty() ||
+           !tags.description.empty() || !tags.xmp.empty() || !tags.icc.empty() ||
+           !tags.iptc.empty();
+}
+
 void MetadataWriteInto(SafeWrite& write, const MetadataWrite& what)
 {
     if (!what.metadata || what.metadata->Empty()) return;
-    write.rewrite = [](std::vector<uint8_t>& bytes, const void* context) {
+    write.rewrite = [](const std::string& temporary, const void* context) {
         const auto& w = *static_cast<const MetadataWrite*>(context);
-        return MetadataInsert(bytes, *w.metadata, w.width, w.height);
+        return MetadataInsert(temporary, *w.metadata, w.width, w.height);
     };
     write.rewriteContext = &what;
 }

@@ -40,14 +40,29 @@ int32_t MetadataRead(const std::string& path, PictureMetadata& metadata);
 // 0, 1 when memory is short (the picture is then left as it was).
 int32_t ApplyOrientation(Image& image, int32_t orientation);
 
-// Puts the metadata into a complete JPEG, TIFF or PNG file held in memory,
-// with the orientation 1 and the pixel size `width` by `height`: EXIF, XMP
-// and the ICC profile in all three, IPTC where the format has a place for
-// it. 0, or 1 when memory is short; a failure of the library leaves the
-// bytes as they were and gives 0 with the reason in ErrorDetail(), since a
-// picture is worth saving without its metadata.
-int32_t MetadataInsert(std::vector<uint8_t>& file, const PictureMetadata& metadata, int32_t width,
+// Puts the metadata into the complete JPEG, TIFF or PNG file at `path`,
+// rewritten in place (the same file, so that an open handle on it stays
+// good), with the orientation 1 and the pixel size `width` by `height`:
+// EXIF, XMP and the ICC profile in all three, IPTC where the format has a
+// place for it. 0, or 1 when memory is short; a failure of the library
+// leaves the file as it was and gives 0 with the reason in ErrorDetail(),
+// since a picture is worth saving without its metadata.
+int32_t MetadataInsert(const std::string& path, const PictureMetadata& metadata, int32_t width,
                        int32_t height);
+
+// The metadata as fields of a TIFF file, which the TIFF writer sets among
+// its own, so that a TIFF costs nothing to rewrite: the camera's texts as
+// the baseline tags, the rest of the EXIF (exposure, dates, GPS) made XMP
+// together with the file's own XMP, the ICC profile, and the IPTC block
+// padded to whole 32-bit words. Empty texts and blocks are not set.
+struct TiffMetadataTags {
+    std::string make, model, dateTime, artist, copyright, software, description;
+    std::string xmp;
+    std::vector<uint8_t> icc, iptc;
+};
+// False when there is nothing to set; 1 when memory is short is reported
+// as false too, and the file is written without its metadata.
+bool MetadataTiffTags(const PictureMetadata& metadata, TiffMetadataTags& tags);
 
 // A writer's hook: set on its SafeWrite, the metadata goes into the
 // complete file before it replaces the old one. `metadata` null or empty

@@ -33,6 +33,7 @@
 
 #include "files/codec_io.h"
 #include "files/library.h"
+#include "files/metadata.h"
 #include "image/image.h"
 #include "image/pixel.h"
 #include "image/row_ops.h"
@@ -582,14 +583,37 @@ bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
     // Strips of about a megabyte: a handful of large writes, where rows of
     // their own would cost a seek and a write each.
     const int64_t rowBytes = RowBytes(header.width, bits);
-    const auto rowsPerStrip = static_cast<uint32_t>(
-        std::clamp<int64_t>(kStripBytes / rowBytes, 1, header.height));
+    const auto rowsPerStrip =
+        static_cast<uint32_t>(std::clamp<int64_t>(kStripBytes / rowBytes, 1, header.height));
     if (ok) ok = TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
     if (ok && header.xResolution > 0) {
         const int32_t y = header.yResolution > 0 ? header.yResolution : header.xResolution;
         ok = TIFFSetField(tif, TIFFTAG_XRESOLUTION, static_cast<double>(header.xResolution)) &&
              TIFFSetField(tif, TIFFTAG_YRESOLUTION, static_cast<double>(y)) &&
              TIFFSetField(tif, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    }
+    if (ok && header.tiffTags) {
+        // The picture's metadata: texts, the XMP packet, the profile, IPTC.
+        const TiffMetadataTags& t = *header.tiffTags;
+        const std::pair<uint32_t, const std::string*> texts[] = {
+            {TIFFTAG_MAKE, &t.make},
+            {TIFFTAG_MODEL, &t.model},
+            {TIFFTAG_DATETIME, &t.dateTime},
+            {TIFFTAG_ARTIST, &t.artist},
+            {TIFFTAG_COPYRIGHT, &t.copyright},
+            {TIFFTAG_SOFTWARE, &t.software},
+            {TIFFTAG_IMAGEDESCRIPTION, &t.description}};
+        for (const auto& [tag, text] : texts)
+            if (ok && !text->empty()) ok = TIFFSetField(tif, tag, text->c_str());
+        if (ok && !t.xmp.empty())
+            ok = TIFFSetField(tif, TIFFTAG_XMLPACKET, static_cast<uint32_t>(t.xmp.size()),
+                              t.xmp.data());
+        if (ok && !t.icc.empty())
+            ok = TIFFSetField(tif, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(t.icc.size()),
+                              t.icc.data());
+        if (ok && !t.iptc.empty())
+            ok = TIFFSetField(tif, TIFFTAG_RICHTIFFIPTC, static_cast<uint32_t>(t.iptc.size() / 4),
+                              t.iptc.data());
     }
     if (ok && palette) {
         uint16_t red[256], green[256], blue[256];

@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <new>
-#include <vector>
 #include <mutex>
 
 #include "shell/errors.h"
@@ -120,8 +118,8 @@ int32_t SafeWriteOpen(SafeWrite& write, const std::string& path)
     for (int32_t attempt = 0; attempt < kSafeWriteAttempts; ++attempt) {
         const std::string candidate = SafeWriteCandidate(write.target);
         // Never through a link, never over anything already there.
-        const int descriptor = ::open(candidate.c_str(),
-                                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        const int descriptor =
+            ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (descriptor < 0) {
             if (errno == EEXIST || errno == ELOOP) continue;
             return CreateFailure(errno);
@@ -140,41 +138,18 @@ int32_t SafeWriteOpen(SafeWrite& write, const std::string& path)
     return kErrCannotCreate;
 }
 
-// The whole temporary read back, handed to the rewrite, and written again
-// in its place.
-static int32_t Rewrite(SafeWrite& write)
-{
-    std::FILE* stream = write.file.stream;
-    auto failed = [](int32_t code) {
-        SetErrorDetail(std::strerror(errno));
-        return code;
-    };
-    if (std::fflush(stream) != 0 || std::fseek(stream, 0, SEEK_END) != 0) return failed(kErrWriting);
-    const long size = std::ftell(stream);
-    if (size < 0 || std::fseek(stream, 0, SEEK_SET) != 0) return failed(kErrWriting);
-    std::vector<uint8_t> bytes;
-    try {
-        bytes.resize(static_cast<size_t>(size));
-    } catch (const std::bad_alloc&) {
-        return kErrOutOfMemory;
-    }
-    if (std::fread(bytes.data(), 1, bytes.size(), stream) != bytes.size())
-        return failed(kErrWriting);
-    if (int32_t code = write.rewrite(bytes, write.rewriteContext)) return code;
-    if (std::fseek(stream, 0, SEEK_SET) != 0 ||
-        std::fwrite(bytes.data(), 1, bytes.size(), stream) != bytes.size() ||
-        std::fflush(stream) != 0 ||
-        ::ftruncate(fileno(stream), static_cast<off_t>(bytes.size())) != 0)
-        return failed(kErrWriting);
-    return kOk;
-}
-
 int32_t SafeWriteCommit(SafeWrite& write)
 {
     if (!write.file.stream) return kErrCannotCreate;
     const int descriptor = fileno(write.file.stream);
     if (write.rewrite) {
-        if (int32_t code = Rewrite(write)) {
+        // The rewrite writes through a stream of its own, into the same file.
+        if (std::fflush(write.file.stream) != 0) {
+            SetErrorDetail(std::strerror(errno));
+            SafeWriteDiscard(write);
+            return kErrWriting;
+        }
+        if (int32_t code = write.rewrite(write.temporary, write.rewriteContext)) {
             SafeWriteDiscard(write);
             return code;
         }

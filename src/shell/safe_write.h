@@ -13,7 +13,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "shell/text.h"
 
@@ -26,10 +25,10 @@ struct SafeWrite {
     bool hadTarget = false;
     uint32_t mode = 0;  // the old file's permission bits
     uint32_t owner = 0, group = 0;
-    // When set, the complete file is read back and handed to it before it
-    // goes to the disk for good (the metadata of a picture goes in so); it
-    // returns 0 or the code that abandons the write.
-    int32_t (*rewrite)(std::vector<uint8_t>& bytes, const void* context) = nullptr;
+    // When set, it is given the complete temporary, by name, before it goes
+    // to the disk for good, and may rewrite it in place (the metadata of a
+    // picture goes in so); it returns 0 or the code that abandons the write.
+    int32_t (*rewrite)(const std::string& temporary, const void* context) = nullptr;
     const void* rewriteContext = nullptr;
 
     SafeWrite() = default;

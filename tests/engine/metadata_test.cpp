@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -147,12 +148,17 @@ TEST(Metadata, ExifAndProfileSurviveEveryFormatWithTheOrientationReset)
         EXPECT_EQ(written.profileName, "TIFF RGB") << name;
     }
 
-    // Bytes that are no picture at all stay as they were: the picture is
+    // A file that is no picture at all stays as it was: the picture is
     // worth more than its metadata.
-    std::vector<uint8_t> junk = {'n', 'o', 't', ' ', 'a', ' ', 'p', 'i', 'c'};
-    const std::vector<uint8_t> before = junk;
+    const std::string junk = dir / "junk.jpg";
+    {
+        std::FILE* f = std::fopen(junk.c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        std::fputs("not a picture", f);
+        std::fclose(f);
+    }
     EXPECT_EQ(MetadataInsert(junk, read, 10, 10), 0);
-    EXPECT_EQ(junk, before);
+    EXPECT_EQ(test::Contents(junk), "not a picture");
 }
 
 TEST(Metadata, FilesWithoutOrWithDamagedMetadataOpenWithNone)
