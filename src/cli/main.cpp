@@ -13,8 +13,8 @@
 #include "cli/batch.h"
 #include "cli/options.h"
 #include "files/formats.h"
-#include "files/metadata.h"
 #include "files/library.h"
+#include "files/metadata.h"
 #include "image/image.h"
 #include "image/pixel.h"
 #include "shell/errors.h"
@@ -94,6 +94,8 @@ const char kHelp[] =
     "                          pcx, gif, eps or png (default: the input's own).\n"
     "  --jobs N                Files of a batch done side by side (default: the\n"
     "                          machine's cores); the outputs are the same.\n"
+    "  --compression C         How TIFF files are packed: none (default), lzw or\n"
+    "                          deflate, both lossless.\n"
     "  --no-orient             Leave pictures as stored; by default a JPEG or\n"
     "                          TIFF is turned as its EXIF orientation says the\n"
     "                          camera was held (info takes it too).\n"
@@ -102,8 +104,8 @@ const char kHelp[] =
     "TIFF and PNG files written from it, with the orientation set to normal.\n"
     "info prints the camera, the date taken, the exposure and the profile.\n";
 
-const char* const kFormats[] = {"tif", "tiff", "jpg", "jpeg", "bmp", "tga",
-                                "pcx", "gif",  "eps", "png"};
+const char* const kFormats[] = {"tif", "tiff", "jpg", "jpeg", "bmp",
+                                "tga", "pcx",  "gif", "eps",  "png"};
 
 std::vector<Option> SaveOptionList()
 {
@@ -111,13 +113,14 @@ std::vector<Option> SaveOptionList()
             {"sampling", true, "one of 444, 422, 411"},
             {"format", true, "one of tif, tiff, jpg, jpeg, bmp, tga, pcx, gif, eps, png"},
             {"jobs", true, "an integer from 1 to 64"},
+            {"compression", true, "one of none, lzw, deflate"},
             {"no-orient", false, "no value"}};
 }
 
 // The save options and the batch's format from a parsed line. False with
 // `problem` for a value that is not allowed.
-bool ReadSaveOptions(const CommandLine& line, SaveOptions& save, std::string& format,
-                     int32_t& jobs, std::string& problem)
+bool ReadSaveOptions(const CommandLine& line, SaveOptions& save, std::string& format, int32_t& jobs,
+                     std::string& problem)
 {
     jobs = DefaultJobs();
     // Pictures stand as the camera was held unless asked otherwise.
@@ -147,6 +150,18 @@ bool ReadSaveOptions(const CommandLine& line, SaveOptions& save, std::string& fo
             problem = "--sampling: '" + *s + "' is not allowed; allowed: one of 444, 422, 411";
             return false;
         }
+    }
+    if (const std::string* c = OptionValue(line, "compression")) {
+        const char* const names[] = {"none", "lzw", "deflate"};
+        int32_t found = -1;
+        for (int32_t i = 0; i < 3; ++i)
+            if (*c == names[i]) found = i;
+        if (found < 0) {
+            problem =
+                "--compression: '" + *c + "' is not allowed; allowed: one of none, lzw, deflate";
+            return false;
+        }
+        save.tiffCompression = found;
     }
     if (const std::string* f = OptionValue(line, "format")) {
         format = *f;
@@ -197,8 +212,7 @@ int Info(const std::vector<std::string>& args)
         // The header alone: what it says of the picture, no pixels decoded.
         const int32_t type = FileTypeFromName(path);
         PictureInfo info;
-        const int32_t code =
-            type < 0 ? kErrUnknownFileType : ReadImageInfo(path, type, info);
+        const int32_t code = type < 0 ? kErrUnknownFileType : ReadImageInfo(path, type, info);
         if (code) {
             PrintFailure({code, path, {}});
             if (!first) first = code;
@@ -208,12 +222,11 @@ int Info(const std::vector<std::string>& args)
         PictureMetadata metadata;
         MetadataRead(path, metadata);
         const bool turned = OrientOnOpen() && metadata.orientation >= 5;
-        std::printf("%s\n", FormatText("%s: %s, %d x %d pixels, %2f dpi, %s", path,
-                                       ImageKindName(info.kind),
-                                       turned ? info.height : info.width,
-                                       turned ? info.width : info.height, info.resolution,
-                                       TypeName(type))
-                                .c_str());
+        std::printf("%s\n",
+                    FormatText("%s: %s, %d x %d pixels, %2f dpi, %s", path,
+                               ImageKindName(info.kind), turned ? info.height : info.width,
+                               turned ? info.width : info.height, info.resolution, TypeName(type))
+                        .c_str());
         auto line = [](const char* what, const std::string& text) {
             if (!text.empty()) std::printf("  %s: %s\n", what, text.c_str());
         };
@@ -221,9 +234,9 @@ int Info(const std::vector<std::string>& args)
         line("taken", metadata.taken);
         line("exposure", metadata.exposure);
         if (metadata.orientation != 1)
-            line("orientation", FormatText("%d, %s", metadata.orientation,
-                                           OrientOnOpen() ? "turned on opening"
-                                                          : "left as stored (--no-orient)"));
+            line("orientation",
+                 FormatText("%d, %s", metadata.orientation,
+                            OrientOnOpen() ? "turned on opening" : "left as stored (--no-orient)"));
         line("profile", metadata.profileName);
     }
     return first;
@@ -317,8 +330,8 @@ int Apply(const std::vector<std::string>& args)
     std::string problem, format;
     SaveOptions save;
     int32_t parallel = 1;
-    if (!ParseCommandLine(std::vector<std::string>(args.begin() + 1, args.end()), allowed,
-                          command, line, problem) ||
+    if (!ParseCommandLine(std::vector<std::string>(args.begin() + 1, args.end()), allowed, command,
+                          line, problem) ||
         !ReadSaveOptions(line, save, format, parallel, problem))
         return UsageError(problem);
     double amount = 100, amount2 = 100;
@@ -383,8 +396,8 @@ int Apply(const std::vector<std::string>& args)
                 return {kUsageStatus, *maskPath,
                         FormatText("--mask must be a gray picture of the input's size, %d x %d; "
                                    "this is a %s picture of %d x %d",
-                                   source.width, source.height, KindWord(mask.kind),
-                                   mask.width, mask.height)};
+                                   source.width, source.height, KindWord(mask.kind), mask.width,
+                                   mask.height)};
             }
             AmountSetMask(block, &mask, nullptr);
             block.amount = level(amount);
@@ -412,17 +425,16 @@ int List(const std::vector<std::string>& args)
     std::string problem;
     if (!ParseCommandLine(args, {{"markdown", false, "no value"}}, "list", line, problem))
         return UsageError(problem);
-    if (!line.operands.empty())
-        return UsageError("list takes no files; allowed: --markdown");
+    if (!line.operands.empty()) return UsageError("list takes no files; allowed: --markdown");
     std::fputs(TransformReference(OptionValue(line, "markdown") != nullptr).c_str(), stdout);
     return 0;
 }
 
 // ---- histogram --------------------------------------------------------------------------
 
-const char* const kChannelNames[] = {"gray",    "red",           "green",     "blue",
-                                     "average", "luminance",     "hsv-hue",   "hsv-saturation",
-                                     "value",   "hsl-hue",       "hsl-saturation", "lightness"};
+const char* const kChannelNames[] = {"gray",    "red",       "green",          "blue",
+                                     "average", "luminance", "hsv-hue",        "hsv-saturation",
+                                     "value",   "hsl-hue",   "hsl-saturation", "lightness"};
 const char kChannels[] =
     "one of gray, red, green, blue, average, luminance, hsv-hue, hsv-saturation, value, "
     "hsl-hue, hsl-saturation, lightness";
@@ -479,9 +491,9 @@ int Histogram(const std::vector<std::string>& args)
     HistogramRecord h;
     const bool colour = image.kind == kImageColor;
     if (!colour && !channel.empty() && channel != "gray") {
-        PrintFailure({kErrImageType, path,
-                      std::string("a ") + KindWord(image.kind) +
-                          " picture has only the channel gray"});
+        PrintFailure(
+            {kErrImageType, path,
+             std::string("a ") + KindWord(image.kind) + " picture has only the channel gray"});
         return kErrImageType;
     }
     if (colour && channel == "gray") {

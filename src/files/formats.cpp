@@ -216,8 +216,9 @@ int32_t WriteRow(void* context, uint8_t* buffer, int32_t row)
 // only once complete (shell/safe_write.h): 0, 11, or 6 with the reason, for a
 // file that could not be created or replaced as well as for a failed write.
 int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t format,
-                         const PictureMetadata* metadata)
+                         const SaveOptions& options)
 {
+    const PictureMetadata* metadata = options.metadata;
     LibraryHeader header;
     for (int32_t i = 0; i < 256; ++i)
         header.palette[i][0] = header.palette[i][1] = header.palette[i][2] =
@@ -246,6 +247,7 @@ int32_t WriteWithLibrary(const std::string& path, const Image& image, int32_t fo
     if (SafeWriteOpen(write, path) != kOk) return kErrWriting;
     // A TIFF takes its metadata as fields of its own; a PNG has it put in
     // once written.
+    header.tiffCompression = options.tiffCompression;
     TiffMetadataTags tiffTags;
     if (format == kFormatTiff && metadata && MetadataTiffTags(*metadata, tiffTags))
         header.tiffTags = &tiffTags;
@@ -439,7 +441,7 @@ int32_t WriteImageFile(const std::string& path, int32_t filter, const Image& ima
     int32_t result = filter == kSaveJpeg
                          ? JPEGWrite(path, image, options.jpegQuality, options.jpegSampling,
                                      options.jpegPalette, options.metadata)
-                         : WriteWithLibrary(path, image, f->format, options.metadata);
+                         : WriteWithLibrary(path, image, f->format, options);
     if (result != kOk && result != kErrAborted && result != kErrOutOfMemory) result = f->writeError;
     return result;
 }

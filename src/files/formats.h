@@ -100,10 +100,15 @@ int32_t ReadImageInfo(const std::string& path, int32_t fileType, PictureInfo& in
 int32_t ReadWithLibrary(const std::string& path, Image& image, bool showBox);
 
 // Writing.
+// How a TIFF's strips are packed: not at all (the editor's way, and every
+// reader's), or losslessly by LZW or Deflate with horizontal prediction.
+enum TiffCompression : int32_t { kTiffNone = 0, kTiffLzw = 1, kTiffDeflate = 2 };
+
 struct SaveOptions {
     int32_t jpegQuality = 97;
     int32_t jpegSampling = 0;        // 0 "4:4:4", 1 "4:2:2", 2 "4:1:1"
     uint8_t* jpegPalette = nullptr;  // 768 bytes the Slide Show keeps, or null
+    int32_t tiffCompression = 0;     // kTiffNone, kTiffLzw or kTiffDeflate
     // The metadata of the file the picture came from, written again into a
     // JPEG, TIFF or PNG (files/metadata.h); null or empty for none.
     const struct PictureMetadata* metadata = nullptr;

@@ -50,6 +50,7 @@ struct LibraryHeader {
     int32_t colorsUsed = 0;
     int32_t colorsImportant = 0;
     uint8_t palette[256][4] = {};
+    int32_t tiffCompression = 0;  // TIFF: kTiffNone, kTiffLzw or kTiffDeflate (files/formats.h)
     // TIFF: the metadata fields to set among the writer's own, or null.
     const struct TiffMetadataTags* tiffTags = nullptr;
 };

@@ -32,6 +32,7 @@
 #include <string>
 
 #include "files/codec_io.h"
+#include "files/formats.h"
 #include "files/library.h"
 #include "files/metadata.h"
 #include "image/image.h"
@@ -577,9 +578,15 @@ bool SetWriteFields(TIFF* tif, const LibraryHeader& header)
               TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric) &&
               TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
               TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) &&
-              // The program chooses no compression of its own: libtiff's
-              // default, none, which every reader takes and is the fastest.
-              TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+              // No compression unless asked: every reader takes it, and it is
+              // the fastest. LZW and Deflate predict each sample from the
+              // one to its left, which packs photographs far better.
+              TIFFSetField(tif, TIFFTAG_COMPRESSION,
+                           header.tiffCompression == kTiffLzw       ? COMPRESSION_LZW
+                           : header.tiffCompression == kTiffDeflate ? COMPRESSION_ADOBE_DEFLATE
+                                                                    : COMPRESSION_NONE);
+    if (ok && header.tiffCompression != kTiffNone && bits != 1)
+        ok = TIFFSetField(tif, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     // Strips of about a megabyte: a handful of large writes, where rows of
     // their own would cost a seek and a write each.
     const int64_t rowBytes = RowBytes(header.width, bits);

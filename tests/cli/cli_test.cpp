@@ -16,6 +16,7 @@
 #include "files/formats.h"
 #include "image/image.h"
 #include "shell/tables.h"
+#include "support/pictures.h"
 #include "support/temp_dir.h"
 #include "synthesis/test_card.h"
 #include "tone/curves/curve.h"
@@ -103,10 +104,12 @@ TEST_F(Cli, MistakesExit100WithOneLineAndWriteNothing)
          "apply: no transformation 'sharpenify'; there are: " + ModuleNames()},
         {{"apply", "negative", "--foo", "1", in, out},
          "unknown option --foo for apply negative; allowed: --amount, --mask, --amount2, "
-         "--quality, --sampling, --format, --jobs, --no-orient"},
+         "--quality, --sampling, --format, --jobs, --compression, --no-orient"},
         {{"convert", "-q", "5", in, out},
          "unknown option -q for convert; allowed: --quality, --sampling, --format, --jobs, "
-         "--no-orient"},
+         "--compression, --no-orient"},
+        {{"convert", "--compression", "zip", in, out},
+         "--compression: 'zip' is not allowed; allowed: one of none, lzw, deflate"},
         {{"convert", "--jobs", "0", in, out},
          "--jobs: '0' is not allowed; allowed: an integer from 1 to 64"},
         {{"convert", in, out, "--quality"}, "--quality needs a value: an integer from 0 to 100"},
@@ -285,6 +288,22 @@ TEST_F(Cli, CommandsDoTheirWork)
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("hsl-saturation"), std::string::npos);
     EXPECT_EQ(Cmd({"version"}).status, 0);
+}
+
+TEST_F(Cli, TiffIsPackedLosslesslyWhenAsked)
+{
+    const std::string in = Picture("in.tif", kImageColor, 300, 200);
+    Image source;
+    ASSERT_EQ(ReadImageFile(in, kTypeTiff, source, false), 0);
+    for (const char* compression : {"lzw", "deflate"}) {
+        const std::string out = (dir_.path / (std::string(compression) + ".tif")).string();
+        ASSERT_EQ(Cmd({"convert", "--compression", compression, in, out}).status, 0);
+        EXPECT_LT(std::filesystem::file_size(out), std::filesystem::file_size(in) / 2)
+            << compression;
+        Image back;
+        ASSERT_EQ(ReadImageFile(out, kTypeTiff, back, false), 0);
+        EXPECT_EQ(test::Bytes(back), test::Bytes(source)) << compression;
+    }
 }
 
 TEST_F(Cli, GeometryTakesCodesNamesAndCornersAtOnce)

@@ -116,9 +116,12 @@ private slots:
         auto* c = new CurveControl(0, 0, 300, 330, &parent, 7, 0, nullptr, nullptr, nullptr);
         const char* const styles[3] = {"Stair Step", "Broken Line", "Smooth Curve"};
         QToolButton* buttons[3] = {};
-        for (QToolButton* b : c->findChildren<QToolButton*>())
+        for (QToolButton* b : c->findChildren<QToolButton*>()) {
             for (int i = 0; i < 3; ++i)
                 if (b->text() == styles[i]) buttons[i] = b;
+            // Every picture button says what it is when the pointer rests.
+            if (!b->icon().isNull()) QCOMPARE(b->toolTip(), b->text());
+        }
         for (int i = 0; i < 3; ++i) {
             QVERIFY(buttons[i]);
             buttons[i]->click();

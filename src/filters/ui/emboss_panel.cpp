@@ -126,13 +126,7 @@ private:
         layout.addWidget(row);
     }
 
-    static void ShowColorSpace(TransformPanel& panel)
-    {
-        if (QWidget* list = panel.paramControl(kColorSpaceParam)) {
-            const Image* image = panel.input();
-            list->parentWidget()->setVisible(image && image->kind == kImageColor);
-        }
-    }
+    static void ShowColorSpace(TransformPanel& panel) { panel.ShowRowForColour("color-space"); }
 
     QLabel* radiusText_ = nullptr;
     QLabel* heightText_ = nullptr;

@@ -82,7 +82,9 @@ MessageBoxDialog::MessageBoxDialog(QWidget* owner, const QString& caption, int32
 
     int32_t widest = 0;
     for (const QString& line : lines) widest = std::max(widest, fm.horizontalAdvance(line));
-    const int32_t textWidth = std::max(widest + 2 * m.margin, 200);
+    // Wide enough for the caption too, beside the title bar's buttons.
+    const int32_t captionWidth = fm.horizontalAdvance(caption) + 4 * m.controlHeight;
+    const int32_t textWidth = std::max({widest + 2 * m.margin, 200, captionWidth});
     const int32_t textRows = static_cast<int32_t>(lines.size()) * m.textHeight;
     const int32_t clientWidth = textWidth + 2 * m.margin;
     const int32_t clientHeight = textRows + m.controlHeight + 3 * m.margin;

@@ -110,13 +110,7 @@ private:
         curve_->SetProbeChannel(image->kind == kImageColor && space == kColorSpaceHsl ? 2 : 1);
     }
 
-    static void ShowColorSpace(TransformPanel& panel)
-    {
-        if (QWidget* list = panel.paramControl(kColorSpaceParam)) {
-            const Image* image = panel.input();
-            list->parentWidget()->setVisible(image && image->kind == kImageColor);
-        }
-    }
+    static void ShowColorSpace(TransformPanel& panel) { panel.ShowRowForColour("color-space"); }
 
     // The records the Curve control draws from, which must live as long as
     // it does.

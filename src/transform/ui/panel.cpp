@@ -11,8 +11,8 @@
 #include "image/zoom.h"
 #include "shell/commands.h"
 #include "shell/errors.h"
-#include "shell/text.h"
 #include "shell/preferences.h"
+#include "shell/text.h"
 #include "shell/ui/events.h"
 #include "shell/ui/main_window.h"
 #include "shell/ui/metrics.h"
@@ -63,6 +63,18 @@ int32_t CheckPictureKind(const Image* input)
 {
     if (input && (input->kind < kImageBinary || input->kind > kImageColor)) return kErrImageType;
     return kOk;
+}
+
+void TransformPanel::ShowRowForColour(const char* name)
+{
+    const TransformModule& m = module();
+    for (size_t i = 0; i < m.params.size(); ++i) {
+        if (std::string(m.params[i].name) != name) continue;
+        if (QWidget* control = paramControl(i)) {
+            const Image* picture = input();
+            control->parentWidget()->setVisible(picture && picture->kind == kImageColor);
+        }
+    }
 }
 
 const Image* TransformPanel::input() const { return source_ ? &source_->record().image : nullptr; }
@@ -381,9 +393,8 @@ void TransformPanel::BuildDefaultControls(QVBoxLayout& layout)
             auto* box = new QCheckBox(QString::fromLatin1(*p.label ? p.label : p.name), row);
             box->setChecked(ParamInt(p, record) != 0);
             row->setMinimumHeight(box->sizeHint().height());
-            connect(box, &QCheckBox::toggled, this, [this, id](bool on) {
-                ControlMessage(kMsgValueChanged, id, on ? 1 : 0);
-            });
+            connect(box, &QCheckBox::toggled, this,
+                    [this, id](bool on) { ControlMessage(kMsgValueChanged, id, on ? 1 : 0); });
             layout.addWidget(row);
             control = box;
             break;

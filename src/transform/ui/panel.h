@@ -88,6 +88,9 @@ public:
     // in the panel), and the identifier its messages carry. Integer fields,
     // popup lists, edit boxes and check boxes, by the parameter's type.
     QWidget* paramControl(size_t index) const;
+    // Shows the row of the parameter named `name` only while the input is a
+    // colour picture: a colour space means nothing to a gray one.
+    void ShowRowForColour(const char* name);
     static int32_t ParamControlId(size_t index);
     QCheckBox* autoBox() const { return auto_; }
     // A parameter changed: the preview follows (or goes stale). When the

@@ -56,8 +56,7 @@ QString& LastCurveDirectory()
 
 // The picture on a view, style or probe button, 20 by 14: 0 the curve, 1
 // the histograms, 2 a stair step, 3 a broken line, 4 a smooth curve, 5 the
-// probe. The name
-// stays the button's text, which Qt shows as its tip.
+// probe. The name stays the button's text, and is its tip.
 QIcon ToolIcon(int32_t which)
 {
     QPixmap pixmap(20, 14);
@@ -131,6 +130,7 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
     for (int32_t i = 0; i < 2; ++i) {
         auto* button = new QToolButton(this);
         button->setText(viewNames[i]);
+        button->setToolTip(viewNames[i]);
         button->setIcon(ToolIcon(i));
         button->setCheckable(true);
         viewGroup_->addButton(button, i);
@@ -142,6 +142,7 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
     for (int32_t i = 0; i < 3; ++i) {
         auto* button = new QToolButton(this);
         button->setText(styleNames[i]);
+        button->setToolTip(styleNames[i]);
         button->setIcon(ToolIcon(2 + i));
         button->setCheckable(true);
         styleGroup_->addButton(button, i);
@@ -154,6 +155,7 @@ CurveControl::CurveControl(int32_t x, int32_t y, int32_t width, int32_t height, 
 
     probeButton_ = new QToolButton(this);
     probeButton_->setText("Probe");
+    probeButton_->setToolTip("Probe");
     probeButton_->setIcon(ToolIcon(5));
     probeButton_->setCheckable(true);
     probeButton_->setEnabled(false);
