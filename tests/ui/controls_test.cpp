@@ -3,6 +3,7 @@
 // panel, and when.
 #include <QLineEdit>
 #include <QScrollBar>
+#include <QScreen>
 #include <QtTest>
 
 #include "image/ui/image_window.h"
@@ -239,6 +240,19 @@ private slots:
         shortList->OpenDrop();
         QVERIFY(!shortList->drop()->hasScrollBar());
         QTest::keyClick(shortList->drop(), Qt::Key_Escape);
+        FlushDeletes();
+
+        // At the foot of the screen the list opens above its box.
+        QWidget low;
+        auto* lowList = new PopupListControl(0, 0, &low, 0, PackPopupText("", entries), 7);
+        const QRect room = low.screen()->availableGeometry();
+        low.setGeometry(room.left(), room.bottom() - lowList->height(), 200, lowList->height());
+        low.show();
+        lowList->OpenDrop();
+        QVERIFY(lowList->drop());
+        QCOMPARE(lowList->drop()->geometry().bottom(),
+                 lowList->mapToGlobal(lowList->BoxRect().topLeft()).y() - 1);
+        QTest::keyClick(lowList->drop(), Qt::Key_Escape);
     }
 
     void imageMenuPressOutside()

@@ -304,6 +304,11 @@ private slots:
         QTest::mouseClick(panel->button(kButtonApply), Qt::LeftButton);
         QCOMPARE(gRuns, 2);
         QCOMPARE(ResultCount(), 2);
+        // The result is active, and the panel still above it.
+        QCoreApplication::processEvents();
+        QVERIFY(frame_->workspace()->activeSubWindow() != panel);
+        QCOMPARE(frame_->workspace()->subWindowList(QMdiArea::StackingOrder).last(),
+                 static_cast<QMdiSubWindow*>(panel));
         QTest::mouseClick(panel->button(kButtonOk), Qt::LeftButton);
         QCOMPARE(gRuns, 2);
         QTest::qWait(20);

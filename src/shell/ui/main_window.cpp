@@ -6,12 +6,12 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QDropEvent>
-#include <QDragEnterEvent>
 #include <QScrollBar>
 #include <QToolBar>
 #include <QUrl>
@@ -50,9 +50,9 @@ int32_t IgnoreAbort(int32_t code) { return code == kErrAborted ? kOk : code; }
 QList<QKeySequence> ShortcutsOf(const char* text)
 {
     const std::string s = text;
-    for (const auto& [name, key] : {std::pair{"Num+*", Qt::Key_Asterisk},
-                                    std::pair{"Num++", Qt::Key_Plus},
-                                    std::pair{"Num+-", Qt::Key_Minus}}) {
+    for (const auto& [name, key] :
+         {std::pair{"Num+*", Qt::Key_Asterisk}, std::pair{"Num++", Qt::Key_Plus},
+          std::pair{"Num+-", Qt::Key_Minus}}) {
         if (s == name) return {QKeySequence(Qt::KeypadModifier | key), QKeySequence(key)};
     }
     if (s == "Ins") return {QKeySequence(Qt::Key_Insert)};
@@ -356,6 +356,14 @@ void MainWindow::BuildToolBar(int32_t side)
     // window changes.
     connect(workspace_, &QMdiArea::subWindowActivated, toolBar_, [this] { UpdateRibbon(); });
     UpdateRibbon();
+    // The open transformation panel stays above the pictures, its preview
+    // and its results, whichever of them is active.
+    // Raised once the activation is through, which raises the active one.
+    connect(workspace_, &QMdiArea::subWindowActivated, this, [](QMdiSubWindow* window) {
+        TransformPanel* panel = TransformPanel::Current();
+        if (panel && panel != window)
+            QMetaObject::invokeMethod(panel, "raise", Qt::QueuedConnection);
+    });
     addToolBar(side == 1 ? Qt::LeftToolBarArea : Qt::TopToolBarArea, toolBar_);
 }
 
@@ -436,8 +444,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdManual: OpenManual(); break;
     case kCmdAbout: ShowAbout(); break;
     default:
-        if (const TransformModule* module = FindTransformByCommand(id);
-            module && PanelKindOf(id)) {
+        if (const TransformModule* module = FindTransformByCommand(id); module && PanelKindOf(id)) {
             ReportError(TransformPanel::Open(this, *module, image));
             break;
         }

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPolygon>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTimer>
 #include <QWheelEvent>
@@ -260,7 +261,16 @@ void PopupListControl::OpenDrop()
     if (drop_ || entries_.empty()) return;
     drop_ = new PopupDrop(this, listWidth_);
     const QRect box = BoxRect();
-    drop_->move(mapToGlobal(QPoint(box.left(), box.bottom() + 1)));
+    // Below the box, or above it where the screen ends first.
+    QPoint at = mapToGlobal(QPoint(box.left(), box.bottom() + 1));
+    if (const QScreen* shown = screen()) {
+        const QRect room = shown->availableGeometry();
+        if (at.y() + drop_->height() > room.bottom() + 1) {
+            const QPoint above = mapToGlobal(QPoint(box.left(), box.top() - drop_->height()));
+            if (above.y() >= room.top()) at = above;
+        }
+    }
+    drop_->move(at);
     drop_->show();
 }
 
