@@ -172,7 +172,11 @@ private slots:
         // A folder opens the pictures in it, by name, and passes over the rest.
         QFile::remove(QString::fromStdString(dir / "one.bmp"));
         drop({QUrl::fromLocalFile(QString::fromStdString(dir.path.string()))});
-        QCOMPARE(ImageWindows(frame_->workspace()).size(), 3);
+        const QList<ImageSubWindow*> opened = ImageWindows(frame_->workspace());
+        QCOMPARE(opened.size(), 3);
+        // Each new window steps on from the one before, as the frame places them.
+        QVERIFY(opened[1]->pos() != opened[2]->pos());
+        QVERIFY(opened[0]->pos() != opened[1]->pos());
         QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
                  QString::fromStdString(dir / "b.tif"));
     }

@@ -127,15 +127,17 @@ QAction* MainWindow::action(int32_t id) const
     return it == actions_.end() ? nullptr : it->second;
 }
 
+// The workspace's current window, which stays current while another
+// program has the focus (files dropped from a file manager arrive so).
 ImageSubWindow* MainWindow::ActiveImage() const
 {
-    return dynamic_cast<ImageSubWindow*>(workspace_->activeSubWindow());
+    return dynamic_cast<ImageSubWindow*>(workspace_->currentSubWindow());
 }
 
 CommandState MainWindow::State() const
 {
     CommandState s;
-    QMdiSubWindow* active = workspace_->activeSubWindow();
+    QMdiSubWindow* active = workspace_->currentSubWindow();
     s.hasActiveChild = active != nullptr;
     if (auto* image = dynamic_cast<ImageSubWindow*>(active)) {
         const ImageWindow& r = image->record();
@@ -307,7 +309,7 @@ void MainWindow::RebuildWindowList(QMenu* menu)
         QMdiSubWindow* w = windows[i];
         QAction* a = menu->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(w->windowTitle()));
         a->setCheckable(true);
-        a->setChecked(w == workspace_->activeSubWindow());
+        a->setChecked(w == workspace_->currentSubWindow());
         connect(a, &QAction::triggered, this, [this, w] { workspace_->setActiveSubWindow(w); });
         windowListActions_.push_back(a);
     }
@@ -385,7 +387,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdClose:
         if (image)
             ReportError(FileClose(this, image));
-        else if (QMdiSubWindow* active = workspace_->activeSubWindow())
+        else if (QMdiSubWindow* active = workspace_->currentSubWindow())
             active->close();
         break;
     case kCmdRevert:
@@ -419,7 +421,7 @@ bool MainWindow::Dispatch(int32_t id)
         BuildToolBar(1);
         break;
     case kCmdNext:
-        if (QMdiSubWindow* active = workspace_->activeSubWindow())
+        if (QMdiSubWindow* active = workspace_->currentSubWindow())
             if (active->isMinimized() || active->isMaximized()) active->showNormal();
         workspace_->activateNextSubWindow();
         break;
@@ -434,7 +436,7 @@ bool MainWindow::Dispatch(int32_t id)
     case kCmdHelpSearch: OpenHelp("index.html"); break;
     case kCmdHelpGlossary: OpenHelp("glossary.html"); break;
     case kCmdHelpContext: {
-        QMdiSubWindow* active = workspace_->activeSubWindow();
+        QMdiSubWindow* active = workspace_->currentSubWindow();
         const int32_t kind = image    ? image->record().windowKind
                              : active ? active->property("lvWindowKind").toInt()
                                       : -1;
@@ -521,6 +523,9 @@ int32_t MainWindow::ShowNewImage(Image&& image, const QString& title)
 {
     ImageSubWindow* window = nullptr;
     const int32_t width = image.width, height = image.height;
+    // The window it is placed after: the current one before it came.
+    ImageSubWindow* model = ActiveImage();
+    const QPoint modelAt = model ? model->pos() : QPoint();
     if (int32_t code = ImageSubWindow::Create(workspace_, nullptr, 1, 1, &window)) return code;
     ImageWindow& r = window->record();
     r.image = std::move(image);
@@ -528,9 +533,7 @@ int32_t MainWindow::ShowNewImage(Image&& image, const QString& title)
     r.zoom = ZoomForNewWindow(width, height, m);
     const int32_t w = ZoomedLength(width, r.zoom), h = ZoomedLength(height, r.zoom);
     int32_t x = 0, y = 0;
-    ImageSubWindow* model = ActiveImage();
-    NextWindowPosition(model && model != window, model ? model->x() : 0, model ? model->y() : 0, m,
-                       x, y);
+    NextWindowPosition(model != nullptr, modelAt.x(), modelAt.y(), m, x, y);
     window->setGeometry(x, y, w + m.cxChildBorder + 2 * m.borderWidth,
                         h + m.cyChildBorder + 2 * m.borderWidth);
     if (!title.isEmpty()) r.fileName = title.toStdString();
