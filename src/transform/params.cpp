@@ -239,9 +239,7 @@ int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std:
         }
         return refuse("'" + text + "' is not a choice");
     }
-    case ParamType::Flag:
-        params.*param.field.integer = 1;
-        return 0;
+    case ParamType::Flag: params.*param.field.integer = 1; return 0;
     case ParamType::File:
         if (text.empty()) return refuse("no file named");
         return param.field.load(params, text);
@@ -250,8 +248,8 @@ int32_t ParamSetText(const ParamDecl& param, TransformParams& params, const std:
     return refuse("unknown kind of parameter");
 }
 
-int32_t ParamSetText(const TransformModule& module, const ParamDecl& param,
-                     TransformParams& params, const std::string& text, std::string& problem)
+int32_t ParamSetText(const TransformModule& module, const ParamDecl& param, TransformParams& params,
+                     const std::string& text, std::string& problem)
 {
     if (param.type != ParamType::Group) return ParamSetText(param, params, text, problem);
     const std::vector<std::string> members = SplitBar(param.members);
@@ -383,8 +381,8 @@ std::string ModuleReference(const TransformModule& m, bool markdown)
             if (!help.empty() && help[0] >= 'a' && help[0] <= 'z')
                 help[0] = static_cast<char>(help[0] - 'a' + 'A');
             out += std::string("- `--") + p.name + ValueWord(p) + "`: " + help +
-                   ". Allowed: " + ParamAllowed(p) +
-                   "; default: " + ParamDefaultText(p, &m) + ".\n";
+                   ". Allowed: " + ParamAllowed(p) + "; default: " + ParamDefaultText(p, &m) +
+                   ".\n";
         }
         out += std::string("- Amount and mask: ") + (m.hasAmount ? "yes" : "no") + ".\n";
         out += std::string("\n```sh\nlumivue-cli apply ") + m.name +
@@ -400,6 +398,62 @@ std::string ModuleReference(const TransformModule& m, bool markdown)
         if (m.hasAmount)
             out += "    --amount P, --mask FILE, --amount2 P  the Amount and its mask\n";
     }
+    return out;
+}
+
+namespace {
+
+std::string Html(const std::string& text)
+{
+    std::string out;
+    for (char c : text) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+std::string ModuleHelpPage(const TransformModule& m, const std::string& picture)
+{
+    std::string out = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>" +
+                      Html(m.title) +
+                      "</title>\n<link rel=\"stylesheet\" href=\"style.css\"></head>"
+                      "<body>\n<h1>" +
+                      Html(m.title) + "</h1>\n";
+    if (*m.help) out += "<p>" + Html(m.help) + "</p>\n";
+    if (!picture.empty())
+        out += "<p><img src=\"" + Html(picture) + "\" alt=\"The " + Html(m.title) +
+               " panel\" width=\"600\"></p>\n";
+    out += std::string("<p>") +
+           (m.hasAmount ? "The Amount, with its mask, sets how strongly the result replaces the "
+                          "picture. "
+                        : "") +
+           "Preview shows the result, Apply makes a new window with it, OK does the same and "
+           "closes the panel.</p>\n";
+    if (!m.params.empty()) {
+        out +=
+            "<h2>Settings</h2>\n<table>\n<tr><th>Setting</th><th>What it does</th>"
+            "<th>Allowed</th><th>Default</th></tr>\n";
+        for (const ParamDecl& p : m.params) {
+            std::string label = *p.label ? p.label : p.name;
+            if (!label.empty() && label.back() == ':') label.pop_back();
+            out += "<tr><td>" + Html(label) + "</td><td>" + Html(p.help) + "</td><td>" +
+                   Html(ParamAllowed(p)) + "</td><td>" + Html(ParamDefaultText(p, &m)) +
+                   "</td></tr>\n";
+        }
+        out += "</table>\n";
+    }
+    out += "<h2>From the command line</h2>\n<pre>" + Html(ModuleReference(m, false)) +
+           "</pre>\n<pre>lumivue-cli apply " + Html(m.name) +
+           (*m.example ? " " + Html(m.example) : std::string()) +
+           " in.jpg out.jpg</pre>\n<p><a href=\"index.html\">Contents</a></p>\n</body></html>\n";
     return out;
 }
 

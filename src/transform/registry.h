@@ -210,6 +210,11 @@ std::string CheckModule(const TransformModule& module);
 std::string TransformReference(bool markdown);
 // One module's part of it.
 std::string ModuleReference(const TransformModule& module, bool markdown);
+// The module's page of the editor's help, in HTML: what it does, each of its
+// settings with what it allows and its default, the same from the command
+// line with an example, and `picture` (a file name beside the help pages,
+// or "" for none) as its screenshot.
+std::string ModuleHelpPage(const TransformModule& module, const std::string& picture);
 
 // The output size for an input.
 void TransformOutputSize(const TransformModule& module, const Image* source,

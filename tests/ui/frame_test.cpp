@@ -1,14 +1,14 @@
 // The editor's frame on the offscreen platform: start-up, the enable rules
 // at dispatch, zoom and its titles, scrolling, closing with the save
 // question, the progress box stopping a job, and what a window paints.
-#include <QMdiArea>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QTimer>
 #include <QAbstractScrollArea>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QMdiArea>
 #include <QMimeData>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QtTest>
 #include <cstring>
@@ -21,6 +21,7 @@
 #include "shell/errors.h"
 #include "shell/preferences.h"
 #include "shell/tables.h"
+#include "shell/ui/help_window.h"
 #include "shell/ui/main_window.h"
 #include "shell/ui/message_box.h"
 #include "shell/ui/metrics.h"
@@ -30,6 +31,7 @@
 #include "support/editor_fixture.h"
 #include "support/temp_dir.h"
 #include "synthesis/test_card.h"
+#include "transform/ui/panel.h"
 
 using namespace lv;
 
@@ -107,8 +109,7 @@ private slots:
         QCOMPARE(w->record().zoom, 1);
         // Ctrl and the wheel zoom about the pointer.
         QWheelEvent up(QPointF(10, 10), w->widget()->mapToGlobal(QPointF(10, 10)), QPoint(),
-                       QPoint(0, 120), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase,
-                       false);
+                       QPoint(0, 120), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(static_cast<QAbstractScrollArea*>(w->widget())->viewport(), &up);
         QCOMPARE(w->record().zoom, 2);
         // Ctrl+W is the frame's Window Info, not the sub-window's Close.
@@ -151,8 +152,7 @@ private slots:
         QVERIFY(notes.open(QIODevice::WriteOnly));
         notes.write("not a picture");
         notes.close();
-        QCOMPARE(WriteImageFile(dir / "one.bmp", SaveFilterFromName(dir / "one.bmp"), card, {}),
-                 0);
+        QCOMPARE(WriteImageFile(dir / "one.bmp", SaveFilterFromName(dir / "one.bmp"), card, {}), 0);
         auto drop = [this](const QList<QUrl>& urls) {
             // As a drag does it: entering first, then the drop.
             QMimeData data;
@@ -161,8 +161,7 @@ private slots:
                                   Qt::NoModifier);
             QApplication::sendEvent(frame_.get(), &enter);
             QVERIFY(enter.isAccepted());
-            QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton,
-                             Qt::NoModifier);
+            QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(frame_.get(), &event);
         };
         drop({QUrl::fromLocalFile(QString::fromStdString(dir / "one.bmp"))});
@@ -179,6 +178,29 @@ private slots:
         QVERIFY(opened[0]->pos() != opened[1]->pos());
         QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
                  QString::fromStdString(dir / "b.tif"));
+    }
+
+    void helpOpensInItsOwnWindowWithAPageForEachPanel()
+    {
+        QVERIFY(frame_->Dispatch(kCmdHelpContents));
+        HelpWindow* help = HelpWindow::Current();
+        QVERIFY(help);
+        QCOMPARE(help->browser()->documentTitle(), QStringLiteral("Lumivue Help"));
+        help->Search(QStringLiteral("ZOOM scrolling"));
+        QVERIFY(help->browser()->toPlainText().contains(QStringLiteral("Image windows")));
+        help->Search(QStringLiteral("crispened"));  // words of Resize's declarations
+        QVERIFY(help->browser()->toPlainText().contains(QStringLiteral("Resize")));
+        // F1 over a panel shows that panel's page.
+        QVERIFY(NewCard(kImageColor, 40, 30));
+        QVERIFY(frame_->Dispatch(4020));
+        QVERIFY(TransformPanel::Current());
+        QVERIFY(frame_->Dispatch(kCmdHelpContext));
+        QCOMPARE(help->browser()->documentTitle(), QStringLiteral("Blur"));
+        QVERIFY(help->browser()->toPlainText().contains(QStringLiteral("lumivue-cli apply blur")));
+        if (!qEnvironmentVariable("LUMIVUE_SCREENSHOTS").isEmpty())
+            help->grab().save(qEnvironmentVariable("LUMIVUE_SCREENSHOTS") + "/help.png");
+        TransformPanel::Current()->close();
+        help->close();
     }
 
     void zoomCommandsShowTheirRatioInTheTitle()

@@ -9,6 +9,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -27,6 +28,7 @@
 #include "shell/frontend.h"
 #include "shell/preferences.h"
 #include "shell/text.h"
+#include "shell/ui/help_window.h"
 #include "shell/ui/metrics.h"
 #include "shell/ui/preferences_panel.h"
 #include "shell/ui/workspace.h"
@@ -432,11 +434,19 @@ bool MainWindow::Dispatch(int32_t id)
         break;
     case kCmdCopy:
     case kCmdNegative: ReportError(DuplicateWindow(id)); break;
-    case kCmdHelpContents:
-    case kCmdHelpSearch: OpenHelp("index.html"); break;
+    case kCmdHelpContents: OpenHelp("index.html"); break;
+    case kCmdHelpSearch:
+        OpenHelp("index.html");
+        if (HelpWindow* help = HelpWindow::Current()) help->searchBox()->setFocus();
+        break;
     case kCmdHelpGlossary: OpenHelp("glossary.html"); break;
     case kCmdHelpContext: {
         QMdiSubWindow* active = workspace_->currentSubWindow();
+        // A transformation's panel has a page of its own.
+        if (auto* panel = dynamic_cast<TransformPanel*>(active)) {
+            OpenHelp(std::string("module:") + panel->module().name);
+            break;
+        }
         const int32_t kind = image    ? image->record().windowKind
                              : active ? active->property("lvWindowKind").toInt()
                                       : -1;
@@ -668,9 +678,8 @@ void MainWindow::ShowImagePopup(ImageSubWindow* window, const QPoint& globalPosi
 
 void MainWindow::OpenHelp(const std::string& page)
 {
-    const std::string directory = HelpDirectory();
-    if (directory.empty() || !QDesktopServices::openUrl(QUrl::fromLocalFile(
-                                 QString::fromStdString(JoinPath(directory, page)))))
+    if (!HelpWindow::Show(this, QString::fromStdString(HelpDirectory()),
+                          QString::fromStdString(page)))
         MessageBoxShow("Error", kBoxOk, "Cannot open the help pages");
 }
 
