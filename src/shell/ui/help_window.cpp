@@ -6,6 +6,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTextDocument>
@@ -56,6 +59,42 @@ std::pair<QString, QString> TitleAndText(const QString& html)
 }
 
 }  // namespace
+
+bool WriteManual(const QString& directory, const QString& path)
+{
+    const QDir folder(directory);
+    if (!folder.exists(QStringLiteral("index.html"))) return false;
+    // The pages in reading order, each from the top of a sheet.
+    QStringList pages;
+    auto file = [&](const QString& name) {
+        QFile in(folder.filePath(name));
+        if (in.open(QIODevice::ReadOnly)) pages << QString::fromUtf8(in.readAll());
+    };
+    file(QStringLiteral("index.html"));
+    for (const QString& name :
+         folder.entryList({QStringLiteral("*.html")}, QDir::Files, QDir::Name))
+        if (name != QLatin1String("index.html")) file(name);
+    for (const TransformModule& m : Transforms())
+        pages << ModulePage(directory, QString::fromLatin1(m.name));
+    QString html;
+    for (const QString& page : pages) {
+        QTextDocument one;
+        one.setHtml(page);
+        html += QStringLiteral("<div style=\"page-break-before: always\">") +
+                one.toHtml().section(QStringLiteral("<body"), 1).section(QLatin1Char('>'), 1) +
+                QStringLiteral("</div>");
+    }
+    QFile out(path);
+    if (!out.open(QIODevice::WriteOnly)) return false;
+    QPdfWriter pdf(&out);
+    pdf.setTitle(QStringLiteral("Lumivue Manual"));
+    pdf.setPageSize(QPageSize(QPageSize::A4));
+    pdf.setResolution(120);
+    QTextDocument manual;
+    manual.setHtml(html);
+    manual.print(&pdf);
+    return QFileInfo(path).size() > 0;
+}
 
 HelpBrowser::HelpBrowser(QWidget* parent, const QString& directory)
     : QTextBrowser(parent), directory_(directory)

@@ -21,6 +21,12 @@ private:
     QString directory_;
 };
 
+// Writes the electronic manual, one PDF of the help pages (the contents,
+// each topic, then a page for every transformation), to `path`; false with
+// nothing written when the help folder or the file cannot be used. The
+// build runs it as `lumivue --write-manual PATH`.
+bool WriteManual(const QString& directory, const QString& path);
+
 class HelpWindow : public QWidget {
 public:
     // Shows the one help window (made the first time) at `page`: a file of
