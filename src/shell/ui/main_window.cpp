@@ -31,6 +31,7 @@
 #include "shell/ui/help_window.h"
 #include "shell/ui/metrics.h"
 #include "shell/ui/preferences_panel.h"
+#include "shell/ui/ribbon_icons.h"
 #include "shell/ui/workspace.h"
 #include "shell/version.h"
 #include "tone/histogram.h"
@@ -344,13 +345,14 @@ void MainWindow::BuildToolBar(int32_t side)
     toolBar_ = new QToolBar(QStringLiteral("Tool Bar"), this);
     toolBar_->setMovable(false);
     toolBar_->setFloatable(false);
-    toolBar_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    toolBar_->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    toolBar_->setIconSize(QSize(24, 24));
     for (const RibbonButton& b : kRibbon) {
         if (!b.command) {
             toolBar_->addSeparator();
             continue;
         }
-        QAction* a = toolBar_->addAction(QString::fromLatin1(b.label));
+        QAction* a = toolBar_->addAction(RibbonIcon(b.command), QString::fromLatin1(b.label));
         a->setToolTip(QString::fromLatin1(b.tip));
         const int32_t id = b.command;
         connect(a, &QAction::triggered, this, [this, id] { Dispatch(id); });
