@@ -1,8 +1,11 @@
 #include "shell/ui/preferences_panel.h"
 
 #include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMdiArea>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -102,57 +105,69 @@ PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
     gray.setColor(QPalette::Window, QColor(0x80, 0x80, 0x80));
     body->setPalette(gray);
     auto* layout = new QVBoxLayout(body);
-    auto* buttons = new QHBoxLayout;
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    buttons->addWidget(cancel);
-    buttons->addWidget(ok);
-    buttons->addStretch();
-    layout->addLayout(buttons);
-    connect(cancel, &QPushButton::clicked, this, [this] { Reject(); });
-    connect(ok, &QPushButton::clicked, this, [this] { Accept(); });
+    // OK and Cancel in the order of the desktop the program runs on.
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    layout->addWidget(buttons);
+    connect(buttons->button(QDialogButtonBox::Cancel), &QPushButton::clicked, this,
+            [this] { Reject(); });
+    connect(buttons->button(QDialogButtonBox::Ok), &QPushButton::clicked, this,
+            [this] { Accept(); });
 
-    // Each control sits in a row of its own; the controls place themselves
-    // in their row, which passes their messages on to the panel.
-    auto row = [&](auto make) {
+    // Each control sits in a row of its own, which passes its messages on to
+    // the panel; the labels stand in one column, so that the fields line up.
+    const char* const labels[] = {"Workspace Color:",
+                                  "Border Color:",
+                                  "Border Width:",
+                                  "Confirm on Close:",
+                                  "Turn by EXIF Orientation:",
+                                  "Resolution (dpi):",
+                                  "Undo:",
+                                  "Length of File List:",
+                                  "Default File Open Type:",
+                                  "Default File Save Type:",
+                                  "PhotoCD Directory:",
+                                  "Startup Directory:",
+                                  "Temporary File Directory:"};
+    int32_t column = 0;
+    for (const char* label : labels)
+        column = std::max(column, ControlLabelWidth(QString::fromLatin1(label)));
+    auto row = [&](const char* label, auto make) {
         auto* holder = new ControlRow(this);
         QWidget* control = make(holder);
-        holder->setMinimumSize(control->width(), control->height());
+        auto* caption = new QLabel(QString::fromLatin1(label), holder);
+        caption->setGeometry(0, 0, column, control->height());
+        control->move(column, 0);
+        holder->setMinimumSize(column + control->width(), control->height());
         layout->addWidget(holder);
         controls_.push_back(control);
         return control;
     };
     auto popup = [&](int32_t id, const char* label, std::vector<std::string> entries, int32_t at) {
-        row([&](QWidget* h) {
-            return new PopupListControl(0, 0, h, at, PackPopupText(label, entries), id);
+        row(label, [&](QWidget* h) {
+            return new PopupListControl(0, 0, h, at, PackPopupText("", entries), id);
         });
     };
-    row([&](QWidget* h) {
-        return new ColorControl(h, 0, 0, QStringLiteral("Workspace Color:"),
-                                QStringLiteral("Workspace Color"), ColorOf(p.workspaceColor),
-                                kWorkspaceColor);
+    row("Workspace Color:", [&](QWidget* h) {
+        return new ColorControl(h, 0, 0, QString(), QStringLiteral("Workspace Color"),
+                                ColorOf(p.workspaceColor), kWorkspaceColor);
     });
-    row([&](QWidget* h) {
-        return new ColorControl(h, 0, 0, QStringLiteral("Border Color:"),
-                                QStringLiteral("Border Color"), ColorOf(p.borderColor),
-                                kBorderColor);
+    row("Border Color:", [&](QWidget* h) {
+        return new ColorControl(h, 0, 0, QString(), QStringLiteral("Border Color"),
+                                ColorOf(p.borderColor), kBorderColor);
     });
-    row([&](QWidget* h) {
-        return new IntegerControl(0, 0, 60, h, QStringLiteral("Border Width:"), p.borderWidth, 0,
-                                  32, kBorderWidth);
+    row("Border Width:", [&](QWidget* h) {
+        return new IntegerControl(0, 0, 60, h, QString(), p.borderWidth, 0, 32, kBorderWidth);
     });
     popup(kConfirm, "Confirm on Close:", {"no", "yes"}, p.confirmClose ? 1 : 0);
     popup(kOrient, "Turn by EXIF Orientation:", {"no", "yes"}, p.orientOnOpen ? 1 : 0);
-    row([&](QWidget* h) {
-        auto* edit = new PEditControl(
-            0, 0, 90, h, QStringLiteral("Resolution (dpi):"),
-            QString::fromStdString(FormatText("%1f", p.defaultResolution)), kResolution);
-        return edit;
+    row("Resolution (dpi):", [&](QWidget* h) {
+        return new PEditControl(0, 0, 90, h, QString(),
+                                QString::fromStdString(FormatText("%1f", p.defaultResolution)),
+                                kResolution);
     });
     popup(kUndo, "Undo:", {"none", "single level", "multilevel"}, std::clamp(p.undoLevels, 0, 2));
-    row([&](QWidget* h) {
-        return new IntegerControl(0, 0, 60, h, QStringLiteral("Length of File List:"),
-                                  p.recentCount, 0, 10, kListLength);
+    row("Length of File List:", [&](QWidget* h) {
+        return new IntegerControl(0, 0, 60, h, QString(), p.recentCount, 0, 10, kListLength);
     });
     // The positions are stored plus 1, and used as the Open dialog's filter
     // as they stand.
@@ -168,11 +183,23 @@ PreferencesPanel::PreferencesPanel(MainWindow* frame, KeyValueStore* store)
         {kStartupDirectory, {"Startup Directory:", &p.startupDirectory}},
         {kTempDirectory, {"Temporary File Directory:", &p.tempDirectory}},
     };
-    for (const auto& [id, d] : directories)
-        row([&](QWidget* h) {
-            return new PEditControl(0, 0, 260, h, QString::fromLatin1(d.first),
-                                    QString::fromStdString(*d.second), id);
+    for (const auto& [id, d] : directories) {
+        auto* edit = static_cast<PEditControl*>(row(d.first, [&](QWidget* h) {
+            return new PEditControl(0, 0, 260, h, QString(), QString::fromStdString(*d.second), id);
+        }));
+        // A folder can be picked as well as typed.
+        QWidget* holder = edit->parentWidget();
+        auto* browse = new QPushButton(QStringLiteral("Browse..."), holder);
+        browse->setGeometry(edit->x() + edit->width() + Metrics().margin, 0,
+                            browse->sizeHint().width(), edit->height());
+        holder->setMinimumWidth(browse->x() + browse->width());
+        const QString title = QString::fromLatin1(d.first).chopped(1);
+        connect(browse, &QPushButton::clicked, this, [this, edit, title] {
+            const QString folder =
+                QFileDialog::getExistingDirectory(this, title, edit->edit()->text());
+            if (!folder.isEmpty()) edit->SetText(folder);
         });
+    }
     setWidget(body);
 }
 
