@@ -296,6 +296,20 @@ private slots:
         qApp->removeEventFilter(&keys);
     }
 
+    void aPanelOverAMaximisedPictureKeepsItsOwnSize()
+    {
+        input_->showMaximized();
+        TransformPanel* panel = OpenPanel();
+        QVERIFY(panel);
+        QVERIFY(!panel->isMaximized());
+        QVERIFY(panel->width() < frame_->workspace()->viewport()->width());
+        QTest::mouseClick(panel->button(kButtonPreview), Qt::LeftButton);
+        QVERIFY(panel->state().preview);
+        QVERIFY(!panel->isMaximized());
+        QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+        input_->showNormal();
+    }
+
     void applyTwiceThenOkComputesNothingMore()
     {
         TransformPanel* panel = OpenPanel();

@@ -134,6 +134,13 @@ int32_t TransformPanel::Open(MainWindow* frame, const TransformModule& module,
     panel->setWidget(body);
 
     QMdiArea* workspace = frame->workspace();
+    // Beside a maximised picture the panel and its preview keep their own
+    // sizes: while the panel is open, a window made active is not
+    // maximised in turn.
+    if (!workspace->testOption(QMdiArea::DontMaximizeSubWindowOnActivation)) {
+        workspace->setOption(QMdiArea::DontMaximizeSubWindowOnActivation, true);
+        panel->restoreMaximizing_ = true;
+    }
     workspace->addSubWindow(panel);
     panel->setWindowTitle(QString::fromLatin1(module.title));
     const int32_t width = partType && partType->width > 0 ? partType->width : kPanelWidth;
@@ -323,6 +330,8 @@ void TransformPanel::DestroyPanel()
 {
     closing_ = true;
     if (gCurrent == this) gCurrent = nullptr;
+    if (restoreMaximizing_)
+        main_->workspace()->setOption(QMdiArea::DontMaximizeSubWindowOnActivation, false);
     deleteLater();
 }
 

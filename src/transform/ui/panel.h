@@ -138,6 +138,7 @@ private:
     std::vector<QWidget*> paramControls_;  // one a parameter, in order
     std::unique_ptr<PanelPart> part_;
     bool creating_ = false;  // a preview is being made: no display runs yet
+    bool restoreMaximizing_ = false;  // the workspace maximises again once it closes
     bool closing_ = false;
 };
 
