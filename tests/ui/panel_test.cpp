@@ -535,6 +535,32 @@ private slots:
         Screenshot(QStringLiteral("brightness-curve-photo"));
     }
 
+    void everyPanelOnAPhotograph()
+    {
+        // The help's pictures: every transformation's panel with its
+        // preview, made only when screenshots are asked for and the shared
+        // photographs are here. Each panel must open and preview.
+        const QString photo = QStringLiteral(LUMIVUE_TESTDATA "/photos/LadyBird.jpg");
+        if (qEnvironmentVariable("LUMIVUE_SCREENSHOTS").isEmpty() || !QFile::exists(photo))
+            QSKIP("no screenshot folder or no photograph");
+        QCOMPARE(FileOpen(frame_.get(), photo, 1), 0);
+        ImageSubWindow* picture = frame_->ActiveImage();
+        QVERIFY(picture);
+        for (const TransformModule& m : Transforms()) {
+            if (!m.commandId || !PanelKindOf(m.commandId)) continue;
+            frame_->workspace()->setActiveSubWindow(picture);
+            QVERIFY2(frame_->Dispatch(m.commandId), m.name);
+            TransformPanel* panel = TransformPanel::Current();
+            QVERIFY2(panel, m.name);
+            if (QPushButton* preview = panel->button(kButtonPreview))
+                QTest::mouseClick(preview, Qt::LeftButton);
+            Screenshot(QStringLiteral("screenshot-") + QString::fromLatin1(m.name));
+            QTest::mouseClick(panel->button(kButtonCancel), Qt::LeftButton);
+            QTest::qWait(20);
+            QVERIFY2(!TransformPanel::Current(), m.name);
+        }
+    }
+
     void escapeCancelsAndClosingTheFrameAsksFirst()
     {
         TransformPanel* panel = OpenPanel();
