@@ -2,6 +2,7 @@
 // at dispatch, zoom and its titles, scrolling, closing with the save
 // question, the progress box stopping a job, and what a window paints.
 #include <QAbstractScrollArea>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMdiArea>
@@ -14,6 +15,7 @@
 #include <cstring>
 
 #include "files/formats.h"
+#include "files/ui/file_commands.h"
 #include "image/display.h"
 #include "image/ui/image_window.h"
 #include "image/window.h"
@@ -168,6 +170,13 @@ private slots:
         QVERIFY(frame_->ActiveImage());
         QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
                  QString::fromStdString(dir / "one.bmp"));
+        // A name with "." and ".." in it is kept as the plain absolute one.
+        QDir().mkpath(QString::fromStdString(dir / "sub"));
+        QCOMPARE(FileOpen(frame_.get(), QString::fromStdString(dir / "sub/.././b.tif"), -1), 0);
+        QCOMPARE(QString::fromStdString(frame_->ActiveImage()->record().fileName),
+                 QString::fromStdString(dir / "b.tif"));
+        delete frame_->ActiveImage();
+        QDir().rmdir(QString::fromStdString(dir / "sub"));
         // A folder opens the pictures in it, by name, and passes over the rest.
         QFile::remove(QString::fromStdString(dir / "one.bmp"));
         drop({QUrl::fromLocalFile(QString::fromStdString(dir.path.string()))});

@@ -275,7 +275,10 @@ int32_t FileOpen(MainWindow* frame, const QString& path, int32_t type)
     }
     if (!path.isEmpty()) {
         if (type == kTypeAll) type = FileTypeFromName(S(path));
-        if (type > 0) return OpenNamed(frame, S(path), type, false);
+        // The window's title and the recent list show the file's plain
+        // absolute name, "/photos/a.jpg" for "../photos/./a.jpg".
+        const QString plain = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+        if (type > 0) return OpenNamed(frame, S(plain), type, false);
         ReportError(kErrUnknownFileType);  // then the dialog comes up
     }
     int32_t filter = std::clamp(CurrentPreferences().defaultOpenFilter, 1, 10);
