@@ -34,6 +34,8 @@ enum ErrorCode : int32_t {
     kErrReadOnlyDisk = 37,
     kErrDeleting = 38,
     kErrColorCurveFile = 42,
+    kErrInputGamma = 43,   // "Illegal input gamma value"
+    kErrOutputGamma = 44,  // "Illegal output gamma value"
     kErrUnknownFileType = 71,
     kErrPerspective = 80,  // "Cannot compute perspective transformation"
     kErrImageTooSmall = 81,
