@@ -31,36 +31,17 @@ namespace {
 using test::Bytes;
 using test::Pixel;
 
-// A picture of `kind` whose gray levels (or each channel) come from `level`.
-template <class F>
-Image Picture(int32_t kind, int32_t width, int32_t height, F level)
-{
-    Image image;
-    EXPECT_EQ(ImageAlloc(image, kind, width, height, 72.0), 0);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            if (kind == kImageBinary) {
-                PutBit(image.rows[y], x, level(x, y, 0) > 127);
-                continue;
-            }
-            const int32_t ch = kind == kImageColor ? 3 : 1;
-            for (int32_t c = 0; c < ch; ++c)
-                image.rows[y][x * ch + c] = static_cast<uint8_t>(level(x, y, c));
-        }
-    ClearImagePadding(image);
-    return image;
-}
-
 Image Impulse(int32_t kind, int32_t width, int32_t height, int32_t x0, int32_t y0)
 {
-    return Picture(kind, width, height,
-                   [=](int32_t x, int32_t y, int32_t) { return x == x0 && y == y0 ? 255 : 0; });
+    return test::MakePicture(kind, width, height, [=](int32_t x, int32_t y, int32_t) {
+        return x == x0 && y == y0 ? 255 : 0;
+    });
 }
 
 // An irregular picture over a white bottom row.
 Image Pattern(int32_t kind, int32_t width, int32_t height)
 {
-    return Picture(kind, width, height, [](int32_t x, int32_t y, int32_t c) {
+    return test::MakePicture(kind, width, height, [](int32_t x, int32_t y, int32_t c) {
         return y == 0 ? 255 : (x * 37 + y * 91 + x * y * 13 + c * 71) % 256;
     });
 }
@@ -124,7 +105,7 @@ TEST(Blur, TheImpulseWorkedByHand)
     EXPECT_EQ(Pixel(fromBinary, 1, 1), 51u);
 
     // Colour: each channel alone.
-    const Image color = Picture(kImageColor, 3, 3, [](int32_t x, int32_t y, int32_t c) {
+    const Image color = test::MakePicture(kImageColor, 3, 3, [](int32_t x, int32_t y, int32_t c) {
         return x == 1 && y == 1 ? (c == 0 ? 255 : c == 1 ? 100 : 0) : 0;
     });
     EXPECT_EQ(Pixel(Apply(color, {{"method", "blur"}}), 1, 1), 51u | 20u << 8);
@@ -189,12 +170,14 @@ TEST(Blur, OnePixelWidePicturesInEveryMethod)
 TEST(Blur, ConstantPicturesAndCopiesAreExact)
 {
     for (int32_t kind : {kImageGray, kImageColor}) {
-        const Image flat = Picture(kind, 7, 6, [](int32_t, int32_t, int32_t c) { return 90 + c; });
+        const Image flat =
+            test::MakePicture(kind, 7, 6, [](int32_t, int32_t, int32_t c) { return 90 + c; });
         for (const char* method : kMethods)
             EXPECT_EQ(Bytes(Apply(flat, {{"method", method}, {"radius", "2"}})), Bytes(flat))
                 << method;
     }
-    const Image white = Picture(kImageBinary, 9, 4, [](int32_t, int32_t, int32_t) { return 255; });
+    const Image white =
+        test::MakePicture(kImageBinary, 9, 4, [](int32_t, int32_t, int32_t) { return 255; });
     const Image gray = Apply(white, {{"method", "gaussian"}});
     EXPECT_EQ(gray.kind, kImageGray);
     EXPECT_EQ(Pixel(gray, 8, 3), 255u);
@@ -219,9 +202,9 @@ TEST(Blur, AmountAndMaskBlendTheInputTowardTheResult)
 
     // A mask black on the left, white on the right: the left keeps the
     // input, the right takes the result, the middle column (128) between.
-    const Image mask =
-        Picture(kImageGray, 3, 3, [](int32_t x, int32_t, int32_t) { return x * 255 / 2; });
-    const Image image = Picture(
+    const Image mask = test::MakePicture(kImageGray, 3, 3,
+                                         [](int32_t x, int32_t, int32_t) { return x * 255 / 2; });
+    const Image image = test::MakePicture(
         kImageGray, 3, 3, [](int32_t x, int32_t y, int32_t) { return x == 1 && y == 1 ? 255 : 0; });
     AmountSetMask(params->amount, &mask, nullptr);
     const Image masked = Apply(image, {}, params.get());

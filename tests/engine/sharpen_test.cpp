@@ -27,31 +27,17 @@ namespace {
 using test::Bytes;
 using test::Pixel;
 
-template <class F>
-Image Picture(int32_t kind, int32_t width, int32_t height, F level)
-{
-    Image image;
-    EXPECT_EQ(ImageAlloc(image, kind, width, height, 72.0), 0);
-    const int32_t ch = kind == kImageColor ? 3 : 1;
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            for (int32_t c = 0; c < ch; ++c)
-                image.rows[y][x * ch + c] = static_cast<uint8_t>(level(x, y, c));
-    ClearImagePadding(image);
-    return image;
-}
-
 // 100 in the middle of a 3 by 3 field of 50, `corner` at (0, 0).
 Image Bump(int32_t corner = 50)
 {
-    return Picture(kImageGray, 3, 3, [=](int32_t x, int32_t y, int32_t) {
+    return test::MakePicture(kImageGray, 3, 3, [=](int32_t x, int32_t y, int32_t) {
         return x == 1 && y == 1 ? 100 : (x == 0 && y == 0 ? corner : 50);
     });
 }
 
 Image Pattern(int32_t kind, int32_t width, int32_t height)
 {
-    return Picture(kind, width, height, [](int32_t x, int32_t y, int32_t c) {
+    return test::MakePicture(kind, width, height, [](int32_t x, int32_t y, int32_t c) {
         return (x * 37 + y * 91 + x * y * 13 + c * 71) % 256;
     });
 }
@@ -94,9 +80,9 @@ TEST(Sharpen, TheBumpByTheFullAndTheMixedFormulas)
     EXPECT_EQ(Center("sharpen", Bump(), 512), 125u);
     EXPECT_EQ(Center("heavy", Bump(), 512), 150u);
     // Clamped both ways.
-    const Image bright = Picture(
+    const Image bright = test::MakePicture(
         kImageGray, 3, 3, [](int32_t x, int32_t y, int32_t) { return x == 1 && y == 1 ? 250 : 0; });
-    const Image dark = Picture(
+    const Image dark = test::MakePicture(
         kImageGray, 3, 3, [](int32_t x, int32_t y, int32_t) { return x == 1 && y == 1 ? 0 : 250; });
     EXPECT_EQ(Center("heavy", bright), 255u);
     EXPECT_EQ(Center("sharpen", dark), 0u);
@@ -109,7 +95,8 @@ TEST(Sharpen, AMaskTakesTheMixedFormulaEvenWhereItIsWhite)
     // 3 * 100 - 2 * (407 >> 3) = 200.
     const Image bump = Bump(57);
     EXPECT_EQ(Center("heavy", bump), 199u);
-    const Image white = Picture(kImageGray, 3, 3, [](int32_t, int32_t, int32_t) { return 255; });
+    const Image white =
+        test::MakePicture(kImageGray, 3, 3, [](int32_t, int32_t, int32_t) { return 255; });
     auto params = ParamsFor("sharpen", {{"method", "heavy"}});
     AmountSetMask(params->amount, &white, nullptr);  // 0% .. 100%
     EXPECT_EQ(Pixel(Apply("sharpen", bump, *params), 1, 1), 200u);
@@ -146,7 +133,8 @@ TEST(Sharpen, UnsharpMaskPushesAwayFromBlursGaussianPastTheThreshold)
 TEST(Sharpen, FlatPicturesAndCopiesAreExact)
 {
     for (int32_t kind : {kImageGray, kImageColor}) {
-        const Image flat = Picture(kind, 6, 5, [](int32_t, int32_t, int32_t c) { return 70 + c; });
+        const Image flat =
+            test::MakePicture(kind, 6, 5, [](int32_t, int32_t, int32_t c) { return 70 + c; });
         for (const char* method : kMethods)
             for (int32_t amount : {1024, 300}) {
                 auto params = ParamsFor("sharpen", {{"method", method}}, amount);
@@ -161,7 +149,8 @@ TEST(Sharpen, FlatPicturesAndCopiesAreExact)
     auto zero = ParamsFor("sharpen", {{"method", "unsharp"}, {"radius", "0"}}, 600);
     EXPECT_EQ(Bytes(Apply("sharpen", pattern, *zero)), Bytes(pattern));
     // One pixel wide: the edges repeat, so a column of one level stays.
-    const Image thin = Picture(kImageGray, 1, 6, [](int32_t, int32_t, int32_t) { return 40; });
+    const Image thin =
+        test::MakePicture(kImageGray, 1, 6, [](int32_t, int32_t, int32_t) { return 40; });
     for (const char* method : kMethods) {
         auto params = ParamsFor("sharpen", {{"method", method}});
         EXPECT_EQ(Bytes(Apply("sharpen", thin, *params)), Bytes(thin)) << method;

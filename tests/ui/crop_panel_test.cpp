@@ -187,27 +187,6 @@ private slots:
         };
         QCOMPARE(Values(panel), QStringList({cm(80), cm(80), cm(20), "0.00", "0.00", "0.00"}));
     }
-
-    void theBoxOverAPhotograph()
-    {
-        const QString path = QStringLiteral(LUMIVUE_TESTDATA "/photos/LadyBird.jpg");
-        if (!QFile::exists(path)) QSKIP("no test pictures");
-        QCOMPARE(FileOpen(fx_.frame.get(), path, 1), 0);
-        input_ = fx_.frame->ActiveImage();
-        QVERIFY(input_);
-        TransformPanel* panel = OpenCrop();
-        QVERIFY(panel);
-        const int32_t w = input_->record().image.width, h = input_->record().image.height;
-        Drag(ClientOf(0, 0), ClientOf(w / 5, h / 6));
-        Drag(ClientOf(w - 1, h - 1), ClientOf(w * 4 / 5, h * 3 / 4));
-        QVERIFY(Params(panel).x1 > 0 && Params(panel).y1 > 0);
-        QVERIFY(Params(panel).x2 < w - 1 && Params(panel).y2 < h - 1);
-        const QString folder = qEnvironmentVariable("LUMIVUE_SCREENSHOTS");
-        if (!folder.isEmpty()) {
-            QTest::qWait(50);
-            fx_.frame->grab().save(folder + "/crop-box.png");
-        }
-    }
 };
 
 QTEST_MAIN(CropPanelTest)
